@@ -1,0 +1,117 @@
+#include "plugin/values/values.h"
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace icp {
+
+using namespace NuvarelMath::ValueTypes;
+
+float to_float(double x) {
+    constexpr double max = std::numeric_limits<float>::max();
+    if (x > max) return std::numeric_limits<float>::infinity();
+    if (x < -max) return -std::numeric_limits<float>::infinity();
+    return static_cast<float>(x);
+}
+
+namespace arg {
+
+std::optional<std::int32_t> int32(const nvValue& v) {
+    if (!v.isInteger()) return std::nullopt;
+    return v.toInt();
+}
+
+std::optional<std::uint8_t> uint8(const nvValue& v) {
+    if (!v.isInteger()) return std::nullopt;
+    return static_cast<std::uint8_t>(v.toInt());
+}
+
+std::optional<std::uint16_t> uint16(const nvValue& v) {
+    if (!v.isInteger()) return std::nullopt;
+    return static_cast<std::uint16_t>(v.toInt());
+}
+
+std::optional<std::int16_t> int16(const nvValue& v) {
+    if (!v.isInteger()) return std::nullopt;
+    return static_cast<std::int16_t>(static_cast<std::uint16_t>(v.toInt()));
+}
+
+std::optional<std::uint32_t> uint32(const nvValue& v) {
+    if (!v.isUnsignedInteger()) return std::nullopt;
+    return v.toUnsignedInt();
+}
+
+std::optional<float> real32(const nvValue& v) {
+    if (!v.isDouble()) return std::nullopt;
+    return to_float(v.toDouble());
+}
+
+std::optional<std::uint8_t> flag(const nvValue& v) {
+    if (!v.isBoolean()) return std::nullopt;
+    return static_cast<std::uint8_t>(v.toBool() ? 1 : 0);
+}
+
+std::optional<std::int32_t> flag_as_int32(const nvValue& v) {
+    if (!v.isBoolean()) return std::nullopt;
+    return v.toInt();
+}
+
+std::optional<std::string> text(const nvValue& v) {
+    if (!v.isString()) return std::nullopt;
+    return v.toString();
+}
+
+std::optional<unsigned> channel(const nvValue& v, unsigned total) {
+    if (!v.isInteger()) return std::nullopt;
+    const std::int32_t c = v.toInt();
+    if (c < 0 || static_cast<unsigned>(c) >= total) return std::nullopt;
+    return static_cast<unsigned>(c);
+}
+
+}  // namespace arg
+
+namespace make {
+
+nvValue null() { return nvValue(); }
+
+nvValue boolean(bool b) {
+    nvBoolean value(b);
+    nvValue result(value);
+    return result;
+}
+
+nvValue integer(std::int32_t i) {
+    nvInteger value(static_cast<int>(i));
+    nvValue result(value);
+    return result;
+}
+
+nvValue real(double x) {
+    nvDouble value(x);
+    nvValue result(value);
+    return result;
+}
+
+nvValue text(std::string_view s) {
+    std::vector<CharFormat> formats;
+    nvSymbolicValue value(std::string(s), true, formats);
+    nvValue result(value);
+    return result;
+}
+
+nvValue text_of(const char* buffer, std::size_t capacity) {
+    const void* end = std::memchr(buffer, 0, capacity);
+    const std::size_t n = end ? static_cast<std::size_t>(static_cast<const char*>(end) - buffer) : capacity;
+    return text(std::string_view(buffer, n));
+}
+
+nvValue handle(void* address) {
+    nvInteger value(static_cast<nvValue*>(address));
+    nvValue result(value);
+    return result;
+}
+
+}  // namespace make
+}  // namespace icp
