@@ -9,10 +9,13 @@ namespace icp {
 
 using namespace NuvarelMath::ValueTypes;
 
+// Halfway between the largest float and 2^128: from there on the nearest
+// float is infinity; below it a conversion rounds to the nearest float, the
+// largest float included.
 float to_float(double x) {
-    constexpr double max = std::numeric_limits<float>::max();
-    if (x > max) return std::numeric_limits<float>::infinity();
-    if (x < -max) return -std::numeric_limits<float>::infinity();
+    constexpr double overflow = 0x1.ffffffp127;
+    if (x >= overflow) return std::numeric_limits<float>::infinity();
+    if (x <= -overflow) return -std::numeric_limits<float>::infinity();
     return static_cast<float>(x);
 }
 

@@ -21,8 +21,8 @@ namespace icp {
 
 using NuvarelMath::ValueTypes::nvValue;
 
-// A double narrowed to single precision; values beyond the float range
-// become infinities instead of undefined behaviour.
+// A double narrowed to the nearest single-precision value; beyond the float
+// range an infinity, never undefined behaviour.
 float to_float(double x);
 
 namespace arg {

@@ -38,14 +38,15 @@ Data* make(nvValue::Kind kind) {
 }
 
 // The low 32 bits of a double truncated toward zero, taken modulo 2^64 so
-// that every double has an answer; NaN and infinities give 0.
+// that every double has an answer; NaN and infinities give 0. The magnitude
+// is reduced first and the sign applied in unsigned arithmetic: adding 2^64
+// to a small negative double would round it to 2^64 and lose the low bits.
 std::uint32_t low_bits_of_real(double x) {
     if (!std::isfinite(x)) return 0;
     constexpr double two64 = 18446744073709551616.0;
-    double t = std::fmod(std::trunc(x), two64);
-    if (t < 0) t += two64;
-    if (t >= two64) t = 0;
-    return static_cast<std::uint32_t>(static_cast<std::uint64_t>(t));
+    const double magnitude = std::fmod(std::fabs(std::trunc(x)), two64);  // exact, below 2^64
+    const auto bits = static_cast<std::uint64_t>(magnitude);
+    return static_cast<std::uint32_t>(x < 0 ? std::uint64_t{0} - bits : bits);
 }
 
 bool is_container(const Data* d) {

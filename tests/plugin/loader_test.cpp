@@ -1,0 +1,82 @@
+// The built plug-in as the host meets it: opened by the operating system's
+// loader, its export table read, its entry points called through the table.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "icphost/plugin.h"
+#include "plugin/catalogue.h"
+
+namespace {
+
+using NuvarelMath::ValueTypes::nvValue;
+
+class Loader : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { plugin_ = new icphost::Plugin(ICP_PLUGIN_FILE); }
+    static void TearDownTestSuite() {
+        delete plugin_;
+        plugin_ = nullptr;
+    }
+    template <class Signature>
+    static Signature* entry(const std::string& name) {
+        return reinterpret_cast<Signature*>(plugin_->symbol(name));
+    }
+    static icphost::Plugin* plugin_;
+};
+icphost::Plugin* Loader::plugin_ = nullptr;
+
+// Exactly the catalogue's triples and the two frame entry points, each once
+// and undecorated: no C++ mangling, no stdcall suffix, nothing of the
+// runtime or of the libraries linked in.
+TEST_F(Loader, ExportTableHoldsTheCatalogueAndNothingElse) {
+    std::multiset<std::string> expected = {"definePluginTypes", "math"};
+    for (const icp::Function* f : icp::catalogue()) {
+        const std::string x = f->export_name;
+        expected.insert({x, x + "Name", x + "Description"});
+    }
+    const std::vector<std::string>& exports = plugin_->exports();
+    const std::multiset<std::string> actual(exports.begin(), exports.end());
+    EXPECT_EQ(actual, expected);
+    EXPECT_EQ(actual.size(), 3 * icp::catalogue().size() + 2);
+}
+
+// Every body comes with both companions, and what the library's companions
+// say is what the catalogue holds.
+TEST_F(Loader, EveryFunctionIsOfferedWithItsNameAndHelpRecord) {
+    EXPECT_EQ(plugin_->problems(), std::vector<std::string>{});
+    std::map<std::string, const icphost::ScriptFunction*> offered;
+    for (const auto& f : plugin_->functions()) offered[f.export_name] = &f;
+    const auto all = icp::catalogue();
+    EXPECT_EQ(offered.size(), all.size());
+    for (const icp::Function* f : all) {
+        SCOPED_TRACE(f->export_name);
+        const auto it = offered.find(f->export_name);
+        ASSERT_NE(it, offered.end());
+        EXPECT_EQ(it->second->name, f->script_name);
+        EXPECT_EQ(it->second->help, std::vector<std::string>(f->help.begin(), f->help.end()));
+        EXPECT_EQ(it->second->arity(), f->arity());
+    }
+}
+
+TEST_F(Loader, FrameEntryPointsThroughTheExportTable) {
+    auto* math = entry<NuvarelMath::nvMath*()>("math");
+    auto* define_types = entry<void()>("definePluginTypes");
+    auto* loaded = entry<nvValue()>("plugin_icp_loaded");
+    ASSERT_NE(math, nullptr);
+    ASSERT_NE(define_types, nullptr);
+    ASSERT_NE(loaded, nullptr);
+    NuvarelMath::nvMath* object = math();
+    define_types();
+    EXPECT_EQ(math(), object);
+    EXPECT_EQ(object->precision(), 3u);
+    EXPECT_EQ(static_cast<int>(object->angleUnit()), 1);
+    const nvValue result = loaded();
+    EXPECT_TRUE(result.isBoolean());
+    EXPECT_TRUE(result.toBool());
+}
+
+}  // namespace
