@@ -1,0 +1,147 @@
+// Every model answers with the totals, mask and identity of the table, and
+// refuses the groups it lacks.
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+#include <set>
+
+#include "fixture.h"
+
+namespace usbsim {
+// Test names and failures show the model by its ID.
+void PrintTo(const Model& m, std::ostream* os) { *os << m.id; }
+}  // namespace usbsim
+
+namespace {
+
+class usbioModel : public UsbioTest, public ::testing::WithParamInterface<usbsim::Model> {};
+
+std::string model_name(const ::testing::TestParamInfo<usbsim::Model>& info) { return info.param.id; }
+
+TEST_P(usbioModel, ReportsItsTableRow) {
+    const usbsim::Model& m = GetParam();
+    USBIO_HANDLE h = attach_and_open(m.id, 3);
+
+    struct {
+        std::int32_t (*fn)(USBIO_HANDLE, std::uint8_t*);
+        std::uint8_t expected;
+        std::uint8_t group_bit;
+    } const totals[] = {
+        {GetDITotal, m.di, USBIO_GROUP_DI}, {GetDOTotal, m.do_, USBIO_GROUP_DO},
+        {GetAITotal, m.ai, USBIO_GROUP_AI}, {GetAOTotal, m.ao, USBIO_GROUP_AO},
+        {GetPITotal, m.pi, USBIO_GROUP_PI}, {GetPOTotal, m.po, USBIO_GROUP_PO},
+    };
+    std::uint8_t mask = 0;
+    ASSERT_EQ(GetSupportIOMask(h, &mask), USBIO_OK);
+    for (const auto& t : totals) {
+        std::uint8_t total = 0xEE;
+        EXPECT_EQ(t.fn(h, &total), USBIO_OK);
+        EXPECT_EQ(total, t.expected);
+        EXPECT_EQ((mask & t.group_bit) != 0, t.expected != 0);
+    }
+    std::uint32_t id = 0;
+    EXPECT_EQ(GetDeviceID(h, &id), USBIO_OK);
+    EXPECT_EQ(id, m.type_code | (3u << 16));
+    std::uint16_t fw = 0;
+    EXPECT_EQ(GetFwVer(h, &fw), USBIO_OK);
+    EXPECT_EQ(fw, 0x0102);
+}
+
+TEST_P(usbioModel, GroupFunctionsNeedTheGroup) {
+    const usbsim::Model& m = GetParam();
+    USBIO_HANDLE h = attach_and_open(m.id);
+    std::uint32_t word = 0;
+    std::uint8_t bytes[16] = {};
+    struct {
+        std::int32_t code;
+        std::uint8_t total;
+    } const calls[] = {
+        {DI_ReadValue(h, &word), m.di},
+        {DO_ReadValue(h, &word), m.do_},
+        {AI_GetTypeCode(h, bytes), m.ai},
+        {AO_GetTypeCode(h, bytes), m.ao},
+        {PI_GetTypeCode(h, bytes), m.pi},
+    };
+    for (const auto& c : calls) EXPECT_EQ(c.code, c.total ? USBIO_OK : USBIO_ERR_NOT_SUPPORTED);
+}
+
+// A per-channel setter accepts the last channel of its group and refuses
+// the next; the DO power-on table has 32 entries on every DO module.
+TEST_P(usbioModel, ChannelBoundsFollowTheTotals) {
+    const usbsim::Model& m = GetParam();
+    USBIO_HANDLE h = attach_and_open(m.id);
+    struct {
+        std::uint8_t total;
+        std::int32_t (*set)(USBIO_HANDLE, std::uint8_t);
+    } const setters[] = {
+        {m.do_, [](USBIO_HANDLE d, std::uint8_t ch) { return DO_WriteChannelValue(d, ch, 1); }},
+        {m.di, [](USBIO_HANDLE d, std::uint8_t ch) { return DI_WriteClearCounter(d, ch); }},
+        {m.ai, [](USBIO_HANDLE d, std::uint8_t ch) { return AI_SetChCJCOffset(d, ch, 1.0f); }},
+        {m.ao, [](USBIO_HANDLE d, std::uint8_t ch) { return AO_WriteChannelValueDigital(d, ch, 0); }},
+        {m.pi, [](USBIO_HANDLE d, std::uint8_t ch) { return PI_ClearSingleChCount(d, ch); }},
+    };
+    for (const auto& s : setters) {
+        if (s.total == 0) continue;
+        EXPECT_EQ(s.set(h, static_cast<std::uint8_t>(s.total - 1)), USBIO_OK);
+        EXPECT_EQ(s.set(h, s.total), USBIO_ERR_PARAMETER);
+    }
+    if (m.do_) {
+        EXPECT_EQ(DO_SetPowerOnEnable(h, 31, 1), USBIO_OK);
+        EXPECT_EQ(DO_SetPowerOnEnable(h, 32, 1), USBIO_ERR_PARAMETER);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllModels, usbioModel, ::testing::ValuesIn(usbsim::models().begin(), usbsim::models().end()),
+                         model_name);
+
+TEST(usbioModelTable, FifteenDistinctModelsWithinTheBufferSizes) {
+    auto all = usbsim::models();
+    EXPECT_EQ(all.size(), 15u);
+    std::set<std::uint16_t> codes;
+    std::set<std::string> ids;
+    for (const auto& m : all) {
+        codes.insert(m.type_code);
+        ids.insert(m.id);
+        EXPECT_EQ(usbsim::find_model(m.id), &m);
+        EXPECT_EQ(usbsim::find_model_by_code(m.type_code), &m);
+        EXPECT_LE(m.di, 32);
+        EXPECT_LE(m.do_, 32);
+        EXPECT_LE(m.ai, 16);
+        EXPECT_LE(m.ao, 16);
+        EXPECT_LE(m.pi, 16);
+        EXPECT_LE(m.ai_types.size(), 64u);
+        if (m.ai) {
+            EXPECT_NE(std::find(m.ai_types.begin(), m.ai_types.end(), m.ai_default_type), m.ai_types.end());
+        }
+        if (m.ao) {
+            EXPECT_NE(std::find(m.ao_types.begin(), m.ao_types.end(), m.ao_default_type), m.ao_types.end());
+        }
+    }
+    EXPECT_EQ(codes.size(), all.size());
+    EXPECT_EQ(ids.size(), all.size());
+}
+
+// Raw codes and real values agree for every AI type code: full scale at the
+// end of larger magnitude, zero at zero, one step of error at most.
+TEST(usbioAiCodes, RawAndRealAgreeOnEveryRange) {
+    for (int code = 0; code <= 0x1A; ++code) {
+        auto tc = static_cast<std::uint8_t>(code);
+        auto r = usbsim::ai_range(tc);
+        ASSERT_TRUE(r) << code;
+        double scale = std::max(std::fabs(r->low), std::fabs(r->high));
+        bool high_is_larger = std::fabs(r->high) >= std::fabs(r->low);
+        EXPECT_EQ(usbsim::ai_raw_from_value(tc, high_is_larger ? r->high : r->low),
+                  high_is_larger ? 0x7FFFu : 0x8000u)
+            << code;
+        if (r->low <= 0.0) {
+            EXPECT_EQ(usbsim::ai_raw_from_value(tc, 0.0), 0u);
+        }
+        for (double f : {0.0, 0.13, 0.5, 0.77, 1.0}) {
+            double v = r->low + f * (r->high - r->low);
+            double back = usbsim::ai_value_from_raw(tc, usbsim::ai_raw_from_value(tc, v));
+            EXPECT_NEAR(back, v, scale / 32767.0) << code << " " << v;
+        }
+    }
+}
+
+}  // namespace

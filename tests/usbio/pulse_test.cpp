@@ -1,0 +1,123 @@
+// Pulse inputs: counting by mode and trigger, statuses, frequencies, the
+// 4-channel pairs and the filter settings.
+#include <array>
+
+#include "fixture.h"
+
+namespace {
+
+using usbioPulse = UsbioTest;
+
+constexpr std::uint16_t k2084 = 0x454;
+
+struct PiRead {
+    std::array<std::uint32_t, 16> value{};
+    std::array<std::uint8_t, 16> status{};
+};
+
+PiRead counts(USBIO_HANDLE h) {
+    PiRead r;
+    EXPECT_EQ(PI_ReadCntValue(h, r.value.data(), r.status.data()), USBIO_OK);
+    return r;
+}
+
+TEST_F(usbioPulse, UpCountersCountByTrigger) {
+    USBIO_HANDLE h = attach_and_open("USB2084");
+    const std::uint8_t modes[16] = {0, 1, 2, 0, 0, 0, 0, 0};
+    ASSERT_EQ(PI_SetTriggerModes(h, modes), USBIO_OK);
+    for (unsigned ch = 0; ch < 3; ++ch) ASSERT_TRUE(usbsim::pulse(k2084, 1, ch, 10));
+    EXPECT_FALSE(usbsim::pulse(k2084, 1, 8, 1));
+    PiRead r = counts(h);
+    EXPECT_EQ(r.value[0], 10u);
+    EXPECT_EQ(r.value[1], 10u);
+    EXPECT_EQ(r.value[2], 20u);  // both edges
+    const std::uint8_t bad[16] = {0, 3};
+    EXPECT_EQ(PI_SetTriggerModes(h, bad), USBIO_ERR_PARAMETER);
+}
+
+TEST_F(usbioPulse, OverflowStatusIsStickyUntilCleared) {
+    ASSERT_TRUE(usbsim::load_rig(R"({"usb": [{"model": "USB2084", "board": 1, "pi_count": [4294967290, 5]}]})", nullptr));
+    USBIO_HANDLE h = open(k2084, 1);
+    ASSERT_TRUE(usbsim::pulse(k2084, 1, 0, 10));
+    PiRead r = counts(h);
+    EXPECT_EQ(r.value[0], 4u);
+    EXPECT_EQ(r.status[0], usbsim::kPiOverflow);
+    ASSERT_EQ(PI_ClearSingleChCount(h, 0), USBIO_OK);
+    EXPECT_EQ(counts(h).status[0], usbsim::kPiOverflow);
+    const std::uint8_t both[2] = {0x03, 0x00};
+    ASSERT_EQ(PI_ClearChStatus(h, both), USBIO_OK);
+    r = counts(h);
+    EXPECT_EQ(r.status[0], 0);
+    EXPECT_EQ(r.value[1], 5u);
+    ASSERT_EQ(PI_ClearChCount(h, both), USBIO_OK);
+    EXPECT_EQ(counts(h).value[1], 0u);
+}
+
+TEST_F(usbioPulse, PairModesCountSignedInTheEvenChannel) {
+    USBIO_HANDLE h = attach_and_open("USB2084");
+    EXPECT_EQ(PI_SetTypeCode(h, 1, 0x54), USBIO_ERR_PARAMETER);  // pairs start on even channels
+    ASSERT_EQ(PI_SetTypeCode(h, 0, 0x54), USBIO_OK);
+    EXPECT_EQ(PI_SetTypeCode(h, 1, 0x50), USBIO_ERR_PARAMETER);  // the odd channel follows
+    std::array<std::uint8_t, 16> types{};
+    ASSERT_EQ(PI_GetTypeCode(h, types.data()), USBIO_OK);
+    EXPECT_EQ(types[1], 0x54);
+
+    ASSERT_TRUE(usbsim::pulse(k2084, 1, 0, 3));
+    ASSERT_TRUE(usbsim::pulse(k2084, 1, 1, 5));  // the down input
+    PiRead r = counts(h);
+    EXPECT_EQ(static_cast<std::int32_t>(r.value[0]), -2);
+    EXPECT_EQ(r.value[1], 0u);
+
+    const std::uint8_t mixed[16] = {0x56, 0x56, 0x51, 0x50, 0x55, 0x50, 0x50, 0x50};
+    EXPECT_EQ(PI_SetTypeCodes(h, mixed), USBIO_ERR_PARAMETER);  // 0x55 without its partner
+    const std::uint8_t pairs[16] = {0x56, 0x56, 0x51, 0x50, 0x55, 0x55, 0x50, 0x50};
+    ASSERT_EQ(PI_SetTypeCodes(h, pairs), USBIO_OK);
+    EXPECT_EQ(counts(h).value[0], 0u);  // a new mode starts from 0
+    ASSERT_EQ(PI_SetTypeCode(h, 4, 0x50), USBIO_OK);  // leaving a pair frees both
+    ASSERT_EQ(PI_GetTypeCode(h, types.data()), USBIO_OK);
+    EXPECT_EQ(types[5], 0x50);
+}
+
+TEST_F(usbioPulse, FrequenciesAndCountsFromTheClock) {
+    USBIO_HANDLE h = attach_and_open("USB2084");
+    ASSERT_EQ(PI_SetTypeCode(h, 1, 0x51), USBIO_OK);
+    ASSERT_TRUE(usbsim::set_frequency(k2084, 1, 0, 250.0));
+    ASSERT_TRUE(usbsim::set_frequency(k2084, 1, 1, 1234.4));
+    usbsim::advance_ms(1002);
+    std::array<float, 16> hz{};
+    std::array<std::uint8_t, 16> status{};
+    ASSERT_EQ(PI_ReadFreqValue(h, hz.data(), status.data()), USBIO_OK);
+    EXPECT_FLOAT_EQ(hz[1], 1234.4f);
+    PiRead r;
+    ASSERT_EQ(PI_ReadValue(h, r.value.data(), r.status.data()), USBIO_OK);
+    EXPECT_EQ(r.value[0], 250u);   // counted: 250.5 pulses so far
+    EXPECT_EQ(r.value[1], 1234u);  // frequency mode reads whole Hz
+    EXPECT_EQ(counts(h).value[1], 0u);
+}
+
+TEST_F(usbioPulse, FilterAndFlagSettings) {
+    USBIO_HANDLE h = attach_and_open("USB2084");
+    struct {
+        std::uint16_t width;
+        std::int32_t code;
+    } const widths[] = {{0, USBIO_ERR_PARAMETER}, {1, USBIO_OK}, {32767, USBIO_OK}, {32768, USBIO_ERR_PARAMETER}};
+    for (const auto& w : widths) EXPECT_EQ(PI_SetLPFilterWidth(h, 3, w.width), w.code) << w.width;
+    std::array<std::uint16_t, 16> got{};
+    ASSERT_EQ(PI_GetLPFilterWidth(h, got.data()), USBIO_OK);
+    EXPECT_EQ(got[3], 32767);
+
+    const std::uint8_t mask[2] = {0x81, 0xFF};  // bits beyond channel 7 are dropped
+    ASSERT_EQ(PI_SetChIsolatedFlags(h, mask), USBIO_OK);
+    ASSERT_EQ(PI_SetLPFilterEnable(h, 6, 1), USBIO_OK);
+    std::uint8_t back[2] = {};
+    ASSERT_EQ(PI_GetChIsolatedFlag(h, back), USBIO_OK);
+    EXPECT_EQ(back[0], 0x81);
+    EXPECT_EQ(back[1], 0x00);
+    ASSERT_EQ(PI_GetLPFilterEnable(h, back), USBIO_OK);
+    EXPECT_EQ(back[0], 0x40);
+    std::uint8_t total_types = 0;
+    ASSERT_EQ(PI_GetTotalSupportType(h, &total_types), USBIO_OK);
+    EXPECT_EQ(total_types, model("USB2084").pi_types.size());
+}
+
+}  // namespace
