@@ -1,0 +1,111 @@
+#include "library.h"
+
+#include <atomic>
+
+#include "dcon_text.h"
+
+namespace pacsdk {
+
+namespace {
+
+// Handle values are tokens, not addresses: unique for the life of the
+// process, so that a handle closed (or from before a reset) never becomes
+// valid again.
+constexpr uintptr_t first_token = 0x5AC00000;
+std::atomic<uintptr_t> next_token{first_token};
+
+}  // namespace
+
+void CallLog::set_trace(pacsim::TraceFn fn, void* context) {
+    trace_ = fn;
+    trace_context_ = context;
+}
+
+void CallLog::sdk(const std::string& call) {
+    lines_.push_back(call);
+    trace("sdk: " + call);
+}
+
+void CallLog::add(const std::string& line) {
+    lines_.push_back(line);
+    trace(line);
+}
+
+void CallLog::trace(const std::string& line) const {
+    if (trace_) trace_(line.c_str(), trace_context_);
+}
+
+Library::Library() : rig_(default_rig()) {}
+
+void Library::advance(uint32_t ms) {
+    now_ += ms;
+    rig_->advance(now_);
+}
+
+void Library::reset(std::unique_ptr<Rig> rig) {
+    sessions_.clear();
+    next_number_ = 1;
+    now_ = 0;
+    rig_ = std::move(rig);
+    rig_->advance(now_);
+    log.clear();
+}
+
+PAC_HANDLE Library::add_session(const std::string& name, std::unique_ptr<Port> port) {
+    uintptr_t token = next_token.fetch_add(16);
+    Session& s = sessions_[token];
+    s.number = next_number_++;
+    s.name = name;
+    s.port = std::move(port);
+    return reinterpret_cast<PAC_HANDLE>(token);
+}
+
+Session* Library::open_session(PAC_HANDLE handle) {
+    auto it = sessions_.find(reinterpret_cast<uintptr_t>(handle));
+    if (it == sessions_.end() || !it->second.port) return nullptr;
+    return &it->second;
+}
+
+bool Library::is_open(const std::string& name) const {
+    for (const auto& [token, s] : sessions_)
+        if (s.port && s.name == name) return true;
+    return false;
+}
+
+std::string Library::handle_text(PAC_HANDLE handle) const {
+    auto value = reinterpret_cast<uintptr_t>(handle);
+    auto it = sessions_.find(value);
+    if (it != sessions_.end()) return "port#" + std::to_string(it->second.number);
+    if (handle == PAC_INVALID_HANDLE) return "-1";
+    std::string digits = hex(static_cast<uint32_t>(uint64_t{value} >> 32), 8) + hex(static_cast<uint32_t>(value), 8);
+    digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
+    return "0x" + digits;
+}
+
+Library& library() {
+    static Library instance;
+    return instance;
+}
+
+std::string quoted(const char* text) {
+    if (!text) return "NULL";
+    std::string out = "\"";
+    for (const char* p = text; *p; ++p) {
+        auto c = static_cast<unsigned char>(*p);
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += *p;
+        } else if (c == '\r') {
+            out += "\\r";
+        } else if (c == '\n') {
+            out += "\\n";
+        } else if (c < 0x20 || c == 0x7F) {
+            out += "\\x" + hex(c, 2);
+        } else {
+            out += *p;
+        }
+    }
+    return out + "\"";
+}
+
+}  // namespace pacsdk

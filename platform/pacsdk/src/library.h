@@ -1,0 +1,85 @@
+// The library's one shared state: the rig, the open ports, the simulated
+// clock and the call log, behind one lock.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "PACSDK.h"
+#include "pacsdk_sim.h"
+#include "port.h"
+#include "rig.h"
+
+namespace pacsdk {
+
+class CallLog {
+public:
+    void set_trace(pacsim::TraceFn fn, void* context);
+    void sdk(const std::string& call);
+    void sent(std::string_view text) { add("dcon> " + std::string(text)); }
+    void received(std::string_view text) { add("dcon< " + std::string(text)); }
+    const std::vector<std::string>& lines() const { return lines_; }
+    void clear() { lines_.clear(); }
+
+private:
+    void add(const std::string& line);
+    void trace(const std::string& line) const;
+
+    std::vector<std::string> lines_;
+    pacsim::TraceFn trace_ = nullptr;
+    void* trace_context_ = nullptr;
+};
+
+// A port opened by uart_Open. Kept after it closes so that its handle is
+// still told apart from one never issued.
+struct Session {
+    int number = 0;  // port#N
+    std::string name;
+    std::unique_ptr<Port> port;  // null once closed
+    bool checksum = false;
+    Timeouts timeouts;
+};
+
+class Library {
+public:
+    Library();
+
+    std::recursive_mutex mutex;
+    CallLog log;
+
+    Rig& rig() { return *rig_; }
+    uint64_t now() const { return now_; }
+    void advance(uint32_t ms);
+
+    // Closes every port, forgets every handle, puts in the given rig and
+    // sets the clock to 0.
+    void reset(std::unique_ptr<Rig> rig);
+
+    // The handle of a newly opened port.
+    PAC_HANDLE add_session(const std::string& name, std::unique_ptr<Port> port);
+    // The open port behind a handle; nullptr for NULL, the invalid handle,
+    // a value never issued, or a closed port. Never dereferences the value.
+    Session* open_session(PAC_HANDLE handle);
+    bool is_open(const std::string& name) const;
+    // port#N for an issued handle, -1 for the invalid one, else hex.
+    std::string handle_text(PAC_HANDLE handle) const;
+
+private:
+    std::unique_ptr<Rig> rig_;
+    std::map<uintptr_t, Session> sessions_;
+    int next_number_ = 1;
+    uint64_t now_ = 0;
+};
+
+// Created on first use, with the default rig.
+Library& library();
+
+// Quoted, with \" \\ and control characters escaped; NULL for a null pointer.
+std::string quoted(const char* text);
+
+}  // namespace pacsdk

@@ -1,0 +1,134 @@
+// Rig files and building a rig in code.
+#include <cmath>
+
+#include "sim_fixture.h"
+
+namespace {
+
+struct BadRig {
+    const char* text;
+    const char* error;
+};
+
+void PrintTo(const BadRig& c, std::ostream* os) { *os << c.error; }
+
+class RigFile : public SimTest, public ::testing::WithParamInterface<BadRig> {};
+
+TEST_P(RigFile, FaultsAreToldByLineAndChangeNothing) {
+    std::string error;
+    EXPECT_FALSE(pacsim::check_rig(GetParam().text, &error));
+    EXPECT_EQ(error, GetParam().error);
+    EXPECT_FALSE(pacsim::load_rig(GetParam().text, &error));
+    // Still the default rig.
+    PAC_HANDLE h = open();
+    float v = 0;
+    EXPECT_EQ(pac_ReadAI(h, ai_slot, 1, 8, &v), 1);
+    EXPECT_FLOAT_EQ(v, 1.0f);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    pacsdk, RigFile,
+    ::testing::Values(
+        BadRig{"{\n  \"serial\": [\n    {\"port\": \"COM1\",}\n  ]\n}",
+               "line 3: syntax error while parsing object key - unexpected '}'; expected string literal"},
+        BadRig{"[]", "line 1: a rig is a JSON object"},
+        BadRig{"{\"usb\": [],\n \"serial\": {}}", "line 2: \"serial\" must be a list of ports"},
+        BadRig{"{\"serial\": [\n  {\"modules\": []}]}", "line 2: a serial port entry needs \"port\""},
+        BadRig{"{\"serial\": [\n  {\"port\":\n     \"COM0\"}]}", "line 3: \"port\" must be a name COM1 to COM255"},
+        BadRig{"{\"serial\": [{\"port\": \"COM1\"},\n  {\"port\": \"COM1\"}]}", "line 2: port COM1 is listed twice"},
+        BadRig{"{\"serial\": [{\"port\": \"COM1\",\n  \"modules\": 4}]}", "line 2: \"modules\" must be a list"},
+        BadRig{R"({"serial": [{"port": "COM1", "modules": [
+                  {"address": 1, "kind": "ai"},
+                  {"address": 256,
+                   "kind": "ai"}]}]})",
+               "line 3: \"address\" must be an integer 0 to 255"},
+        BadRig{R"({"serial": [{"port": "COM1", "modules": [
+                  {"address": "1", "kind": "ai"}]}]})",
+               "line 2: \"address\" must be an integer 0 to 255"},
+        BadRig{R"({"serial": [{"port": "COM1", "modules": [
+                  {"address": 1,
+
+                   "kind": "thermo"}]}]})",
+               "line 4: \"kind\" must be one of ai, ao, dio, pwm"},
+        BadRig{R"({"serial": [{"port": "COM1", "modules": [
+                  {"address": 7, "kind": "ai"},
+                  {"address": 7, "kind": "dio"}]}]})",
+               "line 3: address 7 is taken on COM1"},
+        BadRig{R"({"serial": [{"port": "COM1", "modules": [
+                  {"address": 7, "kind": "ao", "inputs": 3}]}]})",
+               "line 2: an ao module has no inputs"},
+        BadRig{R"({"serial": [{"port": "COM1", "modules": [
+                  {"address": 7, "kind": "dio",
+                   "checksum": "yes"}]}]})",
+               "line 3: \"checksum\" must be true or false"}));
+
+using pacsdkRig = SimTest;
+
+TEST_F(pacsdkRig, LoadsPortsModulesAndInitialValues) {
+    const char* text = R"({
+      "usb": [{"model": "USB2019", "board": 1}],
+      "serial": [
+        {"port": "COM3", "modules": [
+          {"address": 16, "kind": "ai", "inputs": [1.25, -3]},
+          {"address": 17, "kind": "dio", "inputs": 129, "power_on": 5, "safe": 2},
+          {"address": 18, "kind": "ao", "power_on": [0, 7.5], "safe": [0, -2]}]},
+        {"port": "COM4"}]})";
+    std::string error;
+    ASSERT_TRUE(pacsim::check_rig(text, &error)) << error;
+    ASSERT_TRUE(pacsim::load_rig(text, &error)) << error;
+
+    EXPECT_EQ(uart_Open("COM1"), PAC_INVALID_HANDLE);
+    PAC_HANDLE h = open("COM3,9600,N,8,1");
+    open("COM4");
+    float v = 0;
+    ASSERT_EQ(pac_ReadAI(h, PAC_REMOTE_IO(16), 1, 8, &v), 1);
+    EXPECT_FLOAT_EQ(v, -3.0f);
+    uint32_t word = 0;
+    ASSERT_EQ(pac_ReadDI_MF(h, PAC_REMOTE_IO(17), 8, &word), 1);
+    EXPECT_EQ(word, 129u);
+    EXPECT_EQ(pacsim::do_word("COM3", 17), 5u);
+    EXPECT_EQ(pacsim::do_safe("COM3", 17), 2u);
+    EXPECT_DOUBLE_EQ(pacsim::ao_output("COM3", 18, 1), 7.5);
+    EXPECT_DOUBLE_EQ(pacsim::ao_safe("COM3", 18, 1), -2.0);
+}
+
+TEST_F(pacsdkRig, EmptyOrAbsentSerialListGivesNoPorts) {
+    std::string error;
+    for (const char* text : {"{}", "{\"serial\": []}", "{\"usb\": [{\"model\": \"USB2019\", \"board\": 1}]}"}) {
+        ASSERT_TRUE(pacsim::load_rig(text, &error)) << text << ": " << error;
+        EXPECT_EQ(uart_Open("COM1"), PAC_INVALID_HANDLE) << text;
+    }
+}
+
+TEST_F(pacsdkRig, LoadingClosesOpenPorts) {
+    PAC_HANDLE h = open();
+    std::string error;
+    ASSERT_TRUE(pacsim::load_rig("{\"serial\": [{\"port\": \"COM1\"}]}", &error));
+    EXPECT_FALSE(pacsim::port_open("COM1"));
+    char result[20];
+    EXPECT_EQ(uart_SendCmd(h, "$01M", result), 0);
+    EXPECT_EQ(pac_GetLastError(), PAC_OS_ERR_INVALID_HANDLE);
+}
+
+TEST_F(pacsdkRig, BuildsInCode) {
+    pacsim::reset();
+    EXPECT_FALSE(pacsim::add_port("COM0"));
+    EXPECT_FALSE(pacsim::add_port("/dev/ttyS0"));
+    EXPECT_TRUE(pacsim::add_port("COM7"));
+    EXPECT_FALSE(pacsim::add_port("COM7"));
+    EXPECT_FALSE(pacsim::add_module("COM8", 1, "ai"));
+    EXPECT_FALSE(pacsim::add_module("COM7", 256, "ai"));
+    EXPECT_FALSE(pacsim::add_module("COM7", 1, "counter"));
+    EXPECT_TRUE(pacsim::add_module("COM7", 0, "ao"));
+    EXPECT_FALSE(pacsim::add_module("COM7", 0, "dio"));
+
+    PAC_HANDLE h = open("COM7");
+    char result[20];
+    ASSERT_EQ(uart_SendCmd(h, "$00M", result), 1);
+    EXPECT_STREQ(result, "!007024");
+    EXPECT_FALSE(pacsim::set_ai("COM7", 0, 0, 1.0));  // an ao module has no inputs
+    EXPECT_FALSE(pacsim::silence("COM7", 5, true));
+    EXPECT_TRUE(std::isnan(pacsim::ao_output("COM7", 0, 4)));
+}
+
+}  // namespace
