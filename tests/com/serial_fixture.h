@@ -1,0 +1,65 @@
+// Shared by the serial tests: the default rig (COM1, modules ai, ao, dio and
+// pwm at addresses 1 to 4), value makers and call-log queries.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "PACSDK.h"
+#include "com/port.h"
+#include "pacsdk_sim.h"
+#include "plugin/state.h"
+#include "plugin/values/values.h"
+
+namespace com_test {
+
+using icp::nvValue;
+
+inline nvValue str(const std::string& s) { return icp::make::text(s); }
+inline nvValue integer(int i) { return icp::make::integer(i); }
+inline nvValue vec(std::initializer_list<nvValue> items) {
+    std::vector<nvValue> v(items);
+    return icp::make::vector(static_cast<unsigned>(v.size()), [&](unsigned i) { return v[i]; });
+}
+
+// Call-log lines that start with prefix.
+inline int logged(const std::string& prefix) {
+    int n = 0;
+    for (const auto& line : pacsim::calls()) n += line.rfind(prefix, 0) == 0;
+    return n;
+}
+
+// The DCON lines that went out on the wire.
+inline std::vector<std::string> sent() {
+    std::vector<std::string> out;
+    for (const auto& line : pacsim::calls())
+        if (line.rfind("dcon> ", 0) == 0) out.push_back(line.substr(6));
+    return out;
+}
+
+// Same kind and same printed form.
+inline void expect_same(const nvValue& actual, const nvValue& expected) {
+    EXPECT_EQ(actual.kind(), expected.kind());
+    EXPECT_EQ(actual.repr(), expected.repr());
+}
+
+class Serial : public ::testing::Test {
+protected:
+    void SetUp() override {
+        pacsim::use_default_rig();
+        icp::recording_enabled = false;
+        icp::recorded_commands.clear();
+    }
+    // COM1 opened, the call log cleared.
+    nvValue open_com1() {
+        nvValue port = icpcom_opendevice(str("COM1,115200,N,8,1"));
+        EXPECT_NE(port.pointer(), nullptr);
+        pacsim::clear_calls();
+        return port;
+    }
+};
+
+}  // namespace com_test
