@@ -1,0 +1,42 @@
+// A script function as the host knows it: the body's entry point and what
+// its name and description companions said about it.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "NvMathLib.h"
+
+namespace icphost {
+
+using NuvarelMath::ValueTypes::nvValue;
+
+// The most arguments a body takes: help records have at most seven items.
+inline constexpr std::size_t max_arity = 5;
+
+struct ScriptFunction {
+    // An entry point of unknown signature; invoke() gives it its real one.
+    using Entry = void (*)();
+
+    std::string export_name;  // "plugin_icp_loaded"
+    std::string name;         // "ICP_Loaded"; may hold single blanks
+    // Help text, result description, one description per parameter.
+    std::vector<std::string> help;
+    Entry entry = nullptr;
+
+    // A record of fewer than two items announces no arguments.
+    std::size_t arity() const { return help.size() < 2 ? 0 : help.size() - 2; }
+};
+
+// Calls the body with exactly args.size() `const nvValue&` parameters.
+// Throws std::invalid_argument when args.size() is not the function's arity
+// or exceeds max_arity. Whatever the body throws passes through.
+nvValue invoke(const ScriptFunction& function, std::span<const nvValue> args);
+
+// The names X of `exports` that come with both X + "Name" and
+// X + "Description", in the order of `exports`.
+std::vector<std::string> find_triples(const std::vector<std::string>& exports);
+
+}  // namespace icphost

@@ -1,0 +1,266 @@
+#include "icphost/plugin.h"
+
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <fstream>
+#include <iterator>
+#include <unordered_map>
+#include <utility>
+
+#if defined(_WIN32)
+#  include <windows.h>
+#else
+#  include <dlfcn.h>
+#  include <elf.h>
+#  include <link.h>
+#  include <unistd.h>
+#  include <bit>
+#endif
+
+namespace icphost {
+
+namespace {
+
+#if defined(_WIN32)
+
+std::string last_error_text() {
+    const DWORD code = GetLastError();
+    char buffer[512] = {};
+    DWORD n = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                             code, 0, buffer, sizeof buffer, nullptr);
+    while (n > 0 && (buffer[n - 1] == '\r' || buffer[n - 1] == '\n' || buffer[n - 1] == ' ')) --n;
+    std::string text(buffer, n);
+    return text.empty() ? "error " + std::to_string(code) : text;
+}
+
+// The names of the module's export directory, in the order of its name
+// table. Forwarded exports (an RVA inside the directory) are not this
+// module's code and are left out.
+std::vector<std::string> pe_exports(HMODULE module) {
+    const auto* base = reinterpret_cast<const unsigned char*>(module);
+    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    if (dos->e_magic != IMAGE_DOS_SIGNATURE) throw LoadError("no DOS header");
+    const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+    if (nt->Signature != IMAGE_NT_SIGNATURE) throw LoadError("no PE header");
+    const IMAGE_DATA_DIRECTORY& entry =
+        nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
+    if (entry.VirtualAddress == 0 || entry.Size == 0) return {};
+    const auto* dir =
+        reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(base + entry.VirtualAddress);
+    const auto* names = reinterpret_cast<const DWORD*>(base + dir->AddressOfNames);
+    const auto* ordinals = reinterpret_cast<const WORD*>(base + dir->AddressOfNameOrdinals);
+    const auto* functions = reinterpret_cast<const DWORD*>(base + dir->AddressOfFunctions);
+    std::vector<std::string> out;
+    for (DWORD i = 0; i < dir->NumberOfNames; ++i) {
+        if (ordinals[i] >= dir->NumberOfFunctions) continue;
+        const DWORD rva = functions[ordinals[i]];
+        if (rva >= entry.VirtualAddress && rva < entry.VirtualAddress + entry.Size) continue;
+        out.emplace_back(reinterpret_cast<const char*>(base + names[i]));
+    }
+    return out;
+}
+
+#else
+
+// A bounds-checked view of a file's bytes.
+class Bytes {
+public:
+    explicit Bytes(std::vector<char> data) : data_(std::move(data)) {}
+
+    template <class T>
+    T at(std::uint64_t offset, const char* what) const {
+        if (offset > data_.size() || sizeof(T) > data_.size() - offset)
+            throw LoadError(std::string("truncated ELF file: ") + what + " out of range");
+        T out;
+        std::memcpy(&out, data_.data() + offset, sizeof(T));
+        return out;
+    }
+
+    std::uint64_t size() const { return data_.size(); }
+
+    // The zero-terminated string at `offset` of a section [begin, begin+size).
+    std::string text(std::uint64_t begin, std::uint64_t size, std::uint64_t offset) const {
+        if (begin > data_.size() || size > data_.size() - begin || offset >= size)
+            throw LoadError("truncated ELF file: symbol name out of range");
+        const char* first = data_.data() + begin + offset;
+        const char* last = data_.data() + begin + size;
+        const char* end = static_cast<const char*>(std::memchr(first, '\0', std::size_t(last - first)));
+        if (end == nullptr) throw LoadError("unterminated symbol name in ELF file");
+        return std::string(first, end);
+    }
+
+private:
+    std::vector<char> data_;
+};
+
+constexpr unsigned char native_class = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
+constexpr unsigned char native_data =
+    std::endian::native == std::endian::little ? ELFDATA2LSB : ELFDATA2MSB;
+
+#endif
+
+}  // namespace
+
+#if !defined(_WIN32)
+
+std::vector<std::string> elf_exported_functions(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) throw LoadError("cannot read " + file.string());
+    const Bytes bytes(std::vector<char>(std::istreambuf_iterator<char>(in), {}));
+
+    const auto header = bytes.at<ElfW(Ehdr)>(0, "ELF header");
+    if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0)
+        throw LoadError(file.string() + " is not an ELF file");
+    if (header.e_ident[EI_CLASS] != native_class || header.e_ident[EI_DATA] != native_data)
+        throw LoadError(file.string() + " is an ELF file for another machine");
+    if (header.e_shoff == 0 || header.e_shentsize != sizeof(ElfW(Shdr)))
+        throw LoadError(file.string() + " has no section table");
+
+    auto section = [&](std::uint64_t i) {
+        return bytes.at<ElfW(Shdr)>(header.e_shoff + i * sizeof(ElfW(Shdr)), "section header");
+    };
+    // With more sections than e_shnum can hold, section 0 carries the count.
+    std::uint64_t sections = header.e_shnum;
+    if (sections == 0) sections = section(0).sh_size;
+    // A cut file is refused as a whole, whatever part of it is needed.
+    if (sections == 0 || sections > bytes.size() / sizeof(ElfW(Shdr)) ||
+        header.e_shoff > bytes.size() - sections * sizeof(ElfW(Shdr)))
+        throw LoadError("truncated ELF file: section table out of range");
+
+    for (std::uint64_t s = 0; s < sections; ++s) {
+        const auto symtab = section(s);
+        if (symtab.sh_type != SHT_DYNSYM) continue;
+        if (symtab.sh_link >= sections) throw LoadError("dynamic symbol table without names");
+        const auto strtab = section(symtab.sh_link);
+        const std::uint64_t count = symtab.sh_size / sizeof(ElfW(Sym));
+        std::vector<std::string> out;
+        // Entry 0 is the reserved undefined symbol.
+        for (std::uint64_t i = 1; i < count; ++i) {
+            const auto sym = bytes.at<ElfW(Sym)>(symtab.sh_offset + i * sizeof(ElfW(Sym)), "symbol");
+            const unsigned type = ELF64_ST_TYPE(sym.st_info);
+            const unsigned bind = ELF64_ST_BIND(sym.st_info);
+            const unsigned visibility = ELF64_ST_VISIBILITY(sym.st_other);
+            if (type != STT_FUNC || sym.st_shndx == SHN_UNDEF) continue;
+            if (bind != STB_GLOBAL && bind != STB_WEAK) continue;
+            if (visibility != STV_DEFAULT && visibility != STV_PROTECTED) continue;
+            out.push_back(bytes.text(strtab.sh_offset, strtab.sh_size, sym.st_name));
+        }
+        return out;
+    }
+    throw LoadError(file.string() + " has no dynamic symbol table");
+}
+
+#endif
+
+Plugin::Plugin(const std::filesystem::path& file) : file_(std::filesystem::absolute(file)) {
+#if defined(_WIN32)
+    // The altered search path finds the libraries the plug-in needs beside it.
+    handle_ = LoadLibraryExW(file_.wstring().c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (handle_ == nullptr)
+        throw LoadError("cannot load " + file_.string() + ": " + last_error_text());
+    try {
+        exports_ = pe_exports(static_cast<HMODULE>(handle_));
+    } catch (...) {
+        FreeLibrary(static_cast<HMODULE>(handle_));
+        throw;
+    }
+#else
+    // Read the table first: a file that is not a shared object never runs.
+    exports_ = elf_exported_functions(file_);
+    handle_ = dlopen(file_.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle_ == nullptr) throw LoadError(std::string("cannot load ") + dlerror());
+#endif
+    discover();
+}
+
+Plugin::~Plugin() {
+    // Values held elsewhere live in the value library, not in the plug-in.
+#if defined(_WIN32)
+    FreeLibrary(static_cast<HMODULE>(handle_));
+#else
+    dlclose(handle_);
+#endif
+}
+
+ScriptFunction::Entry Plugin::symbol(const std::string& name) const {
+#if defined(_WIN32)
+    return reinterpret_cast<ScriptFunction::Entry>(
+        GetProcAddress(static_cast<HMODULE>(handle_), name.c_str()));
+#else
+    return reinterpret_cast<ScriptFunction::Entry>(dlsym(handle_, name.c_str()));
+#endif
+}
+
+void Plugin::discover() {
+    using Companion = nvValue (*)();
+    std::unordered_map<std::string, std::string> taken;  // script name -> export
+    for (const auto& x : find_triples(exports_)) {
+        ScriptFunction f;
+        f.export_name = x;
+        f.entry = symbol(x);
+        const auto name_fn = reinterpret_cast<Companion>(symbol(x + "Name"));
+        const auto description_fn = reinterpret_cast<Companion>(symbol(x + "Description"));
+        if (f.entry == nullptr || name_fn == nullptr || description_fn == nullptr) {
+            problems_.push_back(x + ": an export cannot be resolved");
+            continue;
+        }
+        try {
+            const nvValue name = name_fn();
+            const nvValue record = description_fn();
+            if (!name.isString() || name.toString().empty()) {
+                problems_.push_back(x + "Name returned " + name.repr() + ", not a name");
+                continue;
+            }
+            const unsigned items = record.isVector() ? record.size() : 0;
+            if (items < 2 || items - 2 > max_arity) {
+                problems_.push_back(x + "Description returned " + record.repr() +
+                                    ", not a help record of 2 to " +
+                                    std::to_string(max_arity + 2) + " items");
+                continue;
+            }
+            f.name = name.toString();
+            for (unsigned i = 0; i < items; ++i) f.help.push_back(record.value(i).toString());
+        } catch (const std::exception& e) {
+            problems_.push_back(x + ": a companion failed: " + e.what());
+            continue;
+        }
+        const auto [seen, fresh] = taken.emplace(f.name, x);
+        if (!fresh) {
+            problems_.push_back(x + ": script name '" + f.name + "' is already that of " +
+                                seen->second);
+            continue;
+        }
+        functions_.push_back(std::move(f));
+    }
+}
+
+std::filesystem::path executable_directory() {
+#if defined(_WIN32)
+    std::wstring buffer(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD n = GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
+        if (n == 0) return std::filesystem::current_path();
+        if (n < buffer.size()) {
+            buffer.resize(n);
+            break;
+        }
+        buffer.resize(buffer.size() * 2);
+    }
+    return std::filesystem::path(buffer).parent_path();
+#else
+    std::error_code error;
+    const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::filesystem::current_path() : self.parent_path();
+#endif
+}
+
+std::filesystem::path default_plugin_path() {
+#if defined(_WIN32)
+    return executable_directory() / "icpdas_plugin.dll";
+#else
+    return executable_directory() / "libicpdas_plugin.so";
+#endif
+}
+
+}  // namespace icphost

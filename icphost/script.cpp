@@ -1,0 +1,373 @@
+#include "icphost/script.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <exception>
+#include <limits>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace icphost {
+
+namespace {
+
+using namespace NuvarelMath::ValueTypes;
+using Variables = std::map<std::string, nvValue, std::less<>>;
+
+struct Fault : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct Expr {
+    enum class Kind { Literal, Variable, Call, Vector };
+    Kind kind = Kind::Literal;
+    nvValue value;                              // Literal
+    std::string name;                           // Variable
+    const ScriptFunction* function = nullptr;   // Call
+    std::vector<Expr> items;                    // Call arguments, Vector elements
+};
+
+struct Statement {
+    std::string target;  // empty: print the value
+    Expr expr;
+};
+
+bool is_blank(char c) { return c == ' ' || c == '\t'; }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_hex(char c) { return is_digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+bool is_name_start(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+bool is_name_char(char c) { return is_name_start(c) || is_digit(c); }
+bool is_keyword(std::string_view s) { return s == "null" || s == "true" || s == "false"; }
+
+// Lower case without blanks and underscores: "icpusb_opendevice" and
+// "ICPUSB OpenDevice" both become the key of "ICPUSB_OpenDevice".
+std::string loose_key(std::string_view name) {
+    std::string key;
+    for (char c : name) {
+        if (c == ' ' || c == '_') continue;
+        key += (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c;
+    }
+    return key;
+}
+
+std::string plural(std::size_t n, const char* word) {
+    return std::to_string(n) + " " + word + (n == 1 ? "" : "s");
+}
+
+Expr literal(nvValue value) {
+    Expr e;
+    e.value = std::move(value);
+    return e;
+}
+
+// Parses one line against the known functions and the variables defined so
+// far; every name is resolved here, so evaluation cannot meet an unknown one.
+class Parser {
+public:
+    Parser(std::string_view line, const std::vector<const ScriptFunction*>& functions,
+           const Variables& variables)
+        : s_(line), functions_(functions), variables_(variables) {}
+
+    // Nothing for a blank or comment line.
+    std::optional<Statement> statement() {
+        if (next() == '\0') return std::nullopt;
+        Statement st;
+        const std::size_t start = p_;
+        if (is_name_start(s_[p_])) {
+            std::string id = name();
+            if (next() == '=') {
+                if (is_keyword(id)) throw Fault("cannot assign to '" + id + "'");
+                ++p_;
+                st.target = std::move(id);
+            } else {
+                p_ = start;
+            }
+        }
+        st.expr = expression();
+        if (next() != '\0') throw Fault("unexpected " + found() + " after the expression");
+        return st;
+    }
+
+private:
+    // The next character outside blanks; '\0' at the end of the line or of
+    // its code, where a comment starts.
+    char next() {
+        while (p_ < s_.size() && is_blank(s_[p_])) ++p_;
+        return p_ < s_.size() && s_[p_] != '#' ? s_[p_] : '\0';
+    }
+    char at(std::size_t i) const { return i < s_.size() ? s_[i] : '\0'; }
+
+    // The text at the current position, for messages.
+    std::string found() {
+        if (next() == '\0') return "end of line";
+        std::string_view rest = s_.substr(p_);
+        rest = rest.substr(0, rest.find('#'));
+        while (!rest.empty() && is_blank(rest.back())) rest.remove_suffix(1);
+        if (rest.size() > 24) return "'" + std::string(rest.substr(0, 21)) + "...'";
+        return "'" + std::string(rest) + "'";
+    }
+
+    std::string name() {
+        const std::size_t start = p_;
+        while (is_name_char(at(p_))) ++p_;
+        return std::string(s_.substr(start, p_ - start));
+    }
+
+    Expr expression() {
+        const char c = next();
+        if (c == '"') return literal(string());
+        if (c == '[') return vector();
+        if (c == '-' || is_digit(c) || (c == '.' && is_digit(at(p_ + 1)))) return literal(number());
+        if (const ScriptFunction* f = known_call()) return call(*f);
+        if (is_name_start(c)) return named();
+        throw Fault("expected an expression, found " + found());
+    }
+
+    // A known script name, the longest that fits, followed by blanks and '('.
+    const ScriptFunction* known_call() {
+        const std::string_view rest = s_.substr(p_);
+        for (const ScriptFunction* f : functions_) {
+            if (!rest.starts_with(f->name)) continue;
+            std::size_t q = p_ + f->name.size();
+            while (is_blank(at(q))) ++q;
+            if (at(q) == '(') {
+                p_ = q;
+                return f;
+            }
+        }
+        return nullptr;
+    }
+
+    // A keyword, a variable, or a call of a name that is not known.
+    Expr named() {
+        const std::size_t start = p_;
+        std::string id = name();
+        // Words separated by blanks and followed by '(' name a function.
+        std::size_t q = p_;
+        std::size_t words_end = p_;
+        for (;;) {
+            while (is_blank(at(q))) ++q;
+            if (at(q) == '(') {
+                const std::string called(s_.substr(start, words_end - start));
+                throw Fault("unknown function '" + called + "'" + suggestion(called));
+            }
+            if (!is_name_start(at(q))) break;
+            while (is_name_char(at(q))) ++q;
+            words_end = q;
+        }
+        if (id == "null") return literal(nvValue());
+        if (id == "true") return literal(nvBoolean(true));
+        if (id == "false") return literal(nvBoolean(false));
+        if (!variables_.contains(id)) {
+            for (const ScriptFunction* f : functions_) {
+                if (f->name == id)
+                    throw Fault("unknown variable '" + id + "' (a function: call it as " + id + "())");
+            }
+            throw Fault("unknown variable '" + id + "'");
+        }
+        Expr e;
+        e.kind = Expr::Kind::Variable;
+        e.name = std::move(id);
+        return e;
+    }
+
+    std::string suggestion(const std::string& called) const {
+        const std::string key = loose_key(called);
+        for (const ScriptFunction* f : functions_) {
+            if (loose_key(f->name) == key || loose_key(f->export_name) == key)
+                return " (did you mean '" + f->name + "'?)";
+        }
+        return "";
+    }
+
+    // Expressions separated by commas up to `close`; the opening bracket is
+    // at the current position.
+    std::vector<Expr> list(char close, const std::string& where) {
+        ++p_;
+        std::vector<Expr> items;
+        if (next() == close) {
+            ++p_;
+            return items;
+        }
+        for (;;) {
+            items.push_back(expression());
+            const char c = next();
+            if (c != ',' && c != close)
+                throw Fault(std::string("expected ',' or '") + close + "' in " + where +
+                            ", found " + found());
+            ++p_;
+            if (c == close) return items;
+        }
+    }
+
+    Expr call(const ScriptFunction& f) {
+        Expr e;
+        e.kind = Expr::Kind::Call;
+        e.function = &f;
+        e.items = list(')', "the arguments of '" + f.name + "'");
+        if (e.items.size() != f.arity()) {
+            throw Fault("'" + f.name + "' takes " +
+                        (f.arity() == 0 ? std::string("no arguments") : plural(f.arity(), "argument")) +
+                        ", " + std::to_string(e.items.size()) + " given");
+        }
+        return e;
+    }
+
+    Expr vector() {
+        Expr e;
+        e.kind = Expr::Kind::Vector;
+        e.items = list(']', "a vector");
+        return e;
+    }
+
+    nvValue string() {
+        std::string text;
+        ++p_;
+        for (;;) {
+            if (p_ >= s_.size()) throw Fault("unterminated string");
+            const char c = s_[p_++];
+            if (c == '"') break;
+            if (c != '\\') {
+                text += c;
+                continue;
+            }
+            if (p_ >= s_.size()) throw Fault("unterminated string");
+            const char e = s_[p_++];
+            switch (e) {
+                case 'n': text += '\n'; break;
+                case '"': text += '"'; break;
+                case '\\': text += '\\'; break;
+                default:
+                    throw Fault(std::string("unknown escape '\\") + e +
+                                "' in a string (\\n, \\\" and \\\\ are known)");
+            }
+        }
+        return nvSymbolicValue(text, true, {});
+    }
+
+    nvValue number() {
+        const std::size_t start = p_;
+        const bool negative = at(p_) == '-';
+        if (negative) ++p_;
+        if (!is_digit(at(p_)) && !(at(p_) == '.' && is_digit(at(p_ + 1))))
+            throw Fault("expected a number after '-'");
+        const bool hex = at(p_) == '0' && (at(p_ + 1) == 'x' || at(p_ + 1) == 'X');
+        bool real = false;
+        std::size_t digits = 0;
+        if (hex) {
+            p_ += 2;
+            for (; is_hex(at(p_)); ++p_) ++digits;
+        } else {
+            for (; is_digit(at(p_)); ++p_) ++digits;
+            if (at(p_) == '.') {
+                real = true;
+                for (++p_; is_digit(at(p_)); ++p_) ++digits;
+            }
+            if (digits > 0 && (at(p_) == 'e' || at(p_) == 'E')) {
+                real = true;
+                std::size_t q = p_ + 1;
+                if (at(q) == '+' || at(q) == '-') ++q;
+                if (is_digit(at(q))) {
+                    for (p_ = q; is_digit(at(p_)); ++p_) {}
+                } else {
+                    digits = 0;  // an exponent without digits
+                }
+            }
+        }
+        if (digits == 0 || is_name_char(at(p_)) || at(p_) == '.') {
+            while (is_name_char(at(p_)) || at(p_) == '.') ++p_;
+            throw Fault("malformed number '" + std::string(s_.substr(start, p_ - start)) + "'");
+        }
+        const char* first = s_.data() + start;
+        const char* last = s_.data() + p_;
+        const std::string text(first, last);
+        if (real) {
+            double x = 0;
+            const auto r = std::from_chars(first, last, x);
+            if (r.ec != std::errc() || r.ptr != last) throw Fault("real out of range: " + text);
+            return nvDouble(x);
+        }
+        std::uint64_t magnitude = 0;
+        const char* digits_first = first + (negative ? 1 : 0) + (hex ? 2 : 0);
+        const auto r = std::from_chars(digits_first, last, magnitude, hex ? 16 : 10);
+        constexpr auto max = std::uint64_t(std::numeric_limits<std::int64_t>::max());
+        if (r.ec != std::errc() || magnitude > max + (negative ? 1 : 0))
+            throw Fault("integer out of the 64-bit range: " + text);
+        // Two's complement: -2^63 has no positive counterpart.
+        const auto value = static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
+        return nvInteger(static_cast<long long>(value));
+    }
+
+    std::string_view s_;
+    std::size_t p_ = 0;
+    const std::vector<const ScriptFunction*>& functions_;
+    const Variables& variables_;
+};
+
+nvValue evaluate(const Expr& e, const Variables& variables) {
+    switch (e.kind) {
+        case Expr::Kind::Literal: return e.value;
+        case Expr::Kind::Variable: return variables.find(e.name)->second;
+        case Expr::Kind::Vector: {
+            nvVector v(static_cast<unsigned>(e.items.size()), false, true, false);
+            for (std::size_t i = 0; i < e.items.size(); ++i)
+                v.setValue(evaluate(e.items[i], variables), static_cast<unsigned>(i));
+            return v;
+        }
+        case Expr::Kind::Call: {
+            std::vector<nvValue> args;
+            for (const auto& item : e.items) args.push_back(evaluate(item, variables));
+            try {
+                return invoke(*e.function, args);
+            } catch (const std::exception& x) {
+                throw Fault("'" + e.function->name + "' failed: " + x.what());
+            } catch (...) {
+                throw Fault("'" + e.function->name + "' failed with an unknown exception");
+            }
+        }
+    }
+    return nvValue();
+}
+
+}  // namespace
+
+Interpreter::Interpreter(std::span<const ScriptFunction> functions, std::ostream& out,
+                         std::ostream& err)
+    : out_(out), err_(err) {
+    for (const auto& f : functions) by_length_.push_back(&f);
+    std::stable_sort(by_length_.begin(), by_length_.end(),
+                     [](const auto* a, const auto* b) { return a->name.size() > b->name.size(); });
+}
+
+std::size_t Interpreter::run(std::string_view source, std::string_view text) {
+    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);  // a UTF-8 byte order mark
+    std::size_t failed = 0;
+    std::size_t number = 0;
+    while (!text.empty()) {
+        const std::size_t end = text.find('\n');
+        std::string_view line = text.substr(0, end);
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        ++number;
+        try {
+            auto st = Parser(line, by_length_, variables_).statement();
+            if (!st) continue;
+            nvValue value = evaluate(st->expr, variables_);
+            if (st->target.empty()) {
+                out_ << value.repr() << '\n' << std::flush;
+            } else {
+                variables_.insert_or_assign(std::move(st->target), std::move(value));
+            }
+        } catch (const std::exception& e) {
+            ++failed;
+            out_.flush();
+            err_ << source << ':' << number << ": " << e.what() << '\n' << std::flush;
+        }
+    }
+    failures_ += failed;
+    return failed;
+}
+
+}  // namespace icphost

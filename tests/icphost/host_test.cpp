@@ -1,0 +1,119 @@
+// Discovery of the script functions in an export list, reading export
+// tables of damaged files, and the help listings.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "icphost/listing.h"
+#include "icphost/plugin.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+TEST(Discovery, TakesExportsThatHaveBothCompanionsInTableOrder) {
+    struct Case {
+        Names exports;
+        Names functions;
+    };
+    const Case cases[] = {
+        {{"a", "aName", "aDescription", "math", "definePluginTypes"}, {"a"}},
+        {{"bDescription", "aName", "b", "aDescription", "a", "bName"}, {"b", "a"}},
+        {{"a", "aName"}, {}},
+        {{"a", "aDescription"}, {}},
+        {{"aName", "aDescription"}, {}},
+        // A companion is itself a function only if it has companions.
+        {{"x", "xName", "xNameName", "xNameDescription"}, {"xName"}},
+        {{"a", "aname", "adescription"}, {}},
+        {{}, {}},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(icphost::find_triples(c.exports), c.functions);
+    }
+}
+
+TEST(Plugin, DefaultIsTheLibraryBesideTheExecutable) {
+    const auto path = icphost::default_plugin_path();
+    EXPECT_EQ(path.parent_path(), icphost::executable_directory());
+    // The tests are built into the folder of the host and the plug-in.
+    EXPECT_TRUE(std::filesystem::exists(path)) << path;
+}
+
+TEST(Plugin, RefusesWhatIsNotALibrary) {
+    const auto text = std::filesystem::temp_directory_path() / "icphost_not_a_library.txt";
+    std::ofstream(text) << "not a library\n";
+    EXPECT_THROW(icphost::Plugin{text}, icphost::LoadError);
+    EXPECT_THROW(icphost::Plugin{text.string() + ".missing"}, icphost::LoadError);
+    std::filesystem::remove(text);
+}
+
+#if !defined(_WIN32)
+// Every cut of a real library is refused with an error, never read beyond
+// its end.
+TEST(Plugin, ExportTableOfACutLibraryIsAnError) {
+    std::ifstream in(icphost::default_plugin_path(), std::ios::binary);
+    const std::string whole{std::istreambuf_iterator<char>(in), {}};
+    ASSERT_GT(whole.size(), 4096u);
+    EXPECT_FALSE(icphost::elf_exported_functions(icphost::default_plugin_path()).empty());
+    const auto cut = std::filesystem::temp_directory_path() / "icphost_cut_library.so";
+    for (std::size_t size : {std::size_t(0), std::size_t(4), std::size_t(63), std::size_t(64),
+                             std::size_t(4096), whole.size() / 2, whole.size() - 1}) {
+        SCOPED_TRACE(size);
+        std::ofstream(cut, std::ios::binary | std::ios::trunc) << whole.substr(0, size);
+        EXPECT_THROW(icphost::elf_exported_functions(cut), icphost::LoadError);
+    }
+    std::filesystem::remove(cut);
+}
+#endif
+
+TEST(Listing, EightBitTextBecomesUtf8) {
+    struct Case {
+        std::string in, out;
+    };
+    const Case cases[] = {
+        {"plain ASCII\n", "plain ASCII\n"},
+        {"25 \xC2\xB0""C", "25 \xC2\xB0""C"},                    // already UTF-8
+        {"25 \xB0""C", "25 \xC2\xB0""C"},                        // Latin-1 degree sign
+        {"\xE9t\xE9", "\xC3\xA9t\xC3\xA9"},
+        {"\xE2\x82\xAC", "\xE2\x82\xAC"},                        // euro sign, 3 bytes
+        {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},                // 4 bytes
+        {"\xE2\x82", "\xC3\xA2\xC2\x82"},                        // cut short
+        {"\xC0\xAF", "\xC3\x80\xC2\xAF"},                        // overlong
+        {"\xED\xA0\x80", "\xC3\xAD\xC2\xA0\xC2\x80"},            // surrogate
+        {"\xF4\x90\x80\x80", "\xC3\xB4\xC2\x90\xC2\x80\xC2\x80"} // beyond U+10FFFF
+    };
+    for (const auto& c : cases) EXPECT_EQ(icphost::to_utf8(c.in), c.out) << c.in;
+}
+
+TEST(Listing, JsonHasOneRecordPerFunctionInOrder) {
+    std::vector<icphost::ScriptFunction> functions(2);
+    functions[0].export_name = "plugin_icp_loaded";
+    functions[0].name = "ICP_Loaded";
+    functions[0].help = {"Is ICP plugin loaded", "Boolean"};
+    functions[1].export_name = "icpcom_rec_cmd_stop";
+    functions[1].name = "ICPCOM Rec Cmd Stop";
+    functions[1].help = {"Say \"stop\"\nnow", "Boolean", "25 \xB0""C"};
+    std::ostringstream out;
+    icphost::print_functions_json(out, functions);
+    const std::string text = out.str();
+    EXPECT_NE(text.find("\n{\"export\":\"plugin_icp_loaded\",\"name\":\"ICP_Loaded\","
+                        "\"help\":[\"Is ICP plugin loaded\",\"Boolean\"]},\n"),
+              std::string::npos)
+        << text;
+    const auto json = nlohmann::json::parse(text);
+    ASSERT_EQ(json.size(), 2u);
+    EXPECT_EQ(json[1]["name"], "ICPCOM Rec Cmd Stop");
+    EXPECT_EQ(json[1]["help"], nlohmann::json({"Say \"stop\"\nnow", "Boolean", "25 \xC2\xB0""C"}));
+
+    std::ostringstream none;
+    icphost::print_functions_json(none, {});
+    EXPECT_EQ(nlohmann::json::parse(none.str()), nlohmann::json::array());
+}
+
+}  // namespace

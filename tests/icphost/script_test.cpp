@@ -1,0 +1,205 @@
+// The script language against a table of fake functions: literals, names
+// with blanks, calls, variables, and faults reported by line.
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "icphost/function.h"
+#include "icphost/script.h"
+
+namespace {
+
+using namespace NuvarelMath::ValueTypes;
+using V = const nvValue&;
+
+int calls = 0;
+
+nvValue answer() { return nvInteger(42); }
+nvValue count() { return nvInteger(++calls); }
+nvValue echo(V a) { return a; }
+nvValue fail() { throw std::runtime_error("device on fire"); }
+nvValue stop() { return nvBoolean(true); }
+nvValue rec() { return nvSymbolicValue("rec", true, {}); }
+nvValue five(V a, V b, V c, V d, V e) {
+    nvVector v(5, false, true, false);
+    const nvValue* all[] = {&a, &b, &c, &d, &e};
+    for (unsigned i = 0; i < 5; ++i) v.setValue(*all[i], i);
+    return v;
+}
+nvValue pair(V a, V b) { return five(a, b, nvValue(), nvValue(), nvValue()); }
+
+template <class F>
+icphost::ScriptFunction fake(std::string name, F* body, std::size_t arity) {
+    icphost::ScriptFunction f;
+    f.name = std::move(name);
+    f.export_name = "fake_" + std::to_string(arity);
+    f.help.assign(arity + 2, "help");
+    f.entry = reinterpret_cast<icphost::ScriptFunction::Entry>(body);
+    return f;
+}
+
+const std::vector<icphost::ScriptFunction> functions = {
+    fake("Answer", &answer, 0),
+    fake("Count", &count, 0),
+    fake("Echo", &echo, 1),
+    fake("Pair", &pair, 2),
+    fake("Five", &five, 5),
+    fake("Fail", &fail, 0),
+    fake("ICPCOM Rec Cmd", &rec, 0),
+    fake("ICPCOM Rec Cmd Stop", &stop, 0),
+};
+
+struct Run {
+    std::string out;
+    std::string err;
+    std::size_t failures;
+};
+
+Run run(const std::string& script) {
+    calls = 0;
+    std::ostringstream out, err;
+    icphost::Interpreter interpreter(functions, out, err);
+    const std::size_t failures = interpreter.run("t.icp", script);
+    EXPECT_EQ(interpreter.failed(), failures > 0);
+    return {out.str(), err.str(), failures};
+}
+
+struct Case {
+    const char* script;
+    const char* out;
+    const char* err;
+};
+
+void check(const std::vector<Case>& cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.script);
+        const Run r = run(c.script);
+        EXPECT_EQ(r.out, c.out);
+        EXPECT_EQ(r.err, c.err);
+        std::size_t lines = 0;
+        for (const char* p = c.err; *p; ++p) lines += *p == '\n';
+        EXPECT_EQ(r.failures, lines);
+    }
+}
+
+TEST(Script, Literals) {
+    check({
+        {"null\ntrue\nfalse", "null\ntrue\nfalse\n", ""},
+        {"42\n-7\n0\n0x1F\n-0x10\n0XfF", "42\n-7\n0\n31\n-16\n255\n", ""},
+        {"9223372036854775807\n-9223372036854775808\n0x7FFFFFFFFFFFFFFF",
+         "9223372036854775807\n-9223372036854775808\n9223372036854775807\n", ""},
+        {"1.5\n2.\n.25\n-.5\n1e3\n-2.5E-3\n4294967295.0",
+         "1.5\n2.0\n0.25\n-0.5\n1000.0\n-0.0025\n4294967295.0\n", ""},
+        {"\"plain\"\n\"a\\\"b\"\n\"one\\ntwo\"\n\"back\\\\slash\"\n\"# kept\"\n\"\"",
+         "\"plain\"\n\"a\\\"b\"\n\"one\\ntwo\"\n\"back\\\\slash\"\n\"# kept\"\n\"\"\n", ""},
+        {"[1, 2.5, \"x\", null, [true, []]]\n[ ]", "[1, 2.5, \"x\", null, [true, []]]\n[]\n", ""},
+        {"# a comment\n\n   \t\n42 # after code\n\"#\" # two", "42\n\"#\"\n", ""},
+        {"1\r\n2\r\n", "1\n2\n", ""},
+        {"\xEF\xBB\xBFtrue", "true\n", ""},
+    });
+}
+
+TEST(Script, MalformedLiterals) {
+    check({
+        {"9223372036854775808", "", "t.icp:1: integer out of the 64-bit range: 9223372036854775808\n"},
+        {"-9223372036854775809", "", "t.icp:1: integer out of the 64-bit range: -9223372036854775809\n"},
+        {"0x8000000000000000", "", "t.icp:1: integer out of the 64-bit range: 0x8000000000000000\n"},
+        {"1e999", "", "t.icp:1: real out of range: 1e999\n"},
+        {"12ab", "", "t.icp:1: malformed number '12ab'\n"},
+        {"0x", "", "t.icp:1: malformed number '0x'\n"},
+        {"0x1G", "", "t.icp:1: malformed number '0x1G'\n"},
+        {"1e", "", "t.icp:1: malformed number '1e'\n"},
+        {"1.2.3", "", "t.icp:1: malformed number '1.2.3'\n"},
+        {"-", "", "t.icp:1: expected a number after '-'\n"},
+        {"- 1", "", "t.icp:1: expected a number after '-'\n"},
+        {"\"open", "", "t.icp:1: unterminated string\n"},
+        {"\"open\\", "", "t.icp:1: unterminated string\n"},
+        {"\"tab\\t\"", "", "t.icp:1: unknown escape '\\t' in a string (\\n, \\\" and \\\\ are known)\n"},
+        {"[1,]", "", "t.icp:1: expected an expression, found ']'\n"},
+        {"[1 2]", "", "t.icp:1: expected ',' or ']' in a vector, found '2]'\n"},
+        {"[1, 2", "", "t.icp:1: expected ',' or ']' in a vector, found end of line\n"},
+        {"42 43", "", "t.icp:1: unexpected '43' after the expression\n"},
+        {"x = ", "", "t.icp:1: expected an expression, found end of line\n"},
+        {"true = 1", "", "t.icp:1: cannot assign to 'true'\n"},
+    });
+}
+
+TEST(Script, Calls) {
+    check({
+        {"Answer()\nAnswer ( )\n  Answer()  # spaced", "42\n42\n42\n", ""},
+        {"Echo(\"x\")\nEcho([1, Echo(2)])", "\"x\"\n[1, 2]\n", ""},
+        {"Five(1, \"two\", 3.0, [4], null)", "[1, \"two\", 3.0, [4], null]\n", ""},
+        // Arguments are evaluated from left to right.
+        {"Pair(Count(), Count())", "[1, 2, null, null, null]\n", ""},
+        {"ICPCOM Rec Cmd Stop()\nICPCOM Rec Cmd()\nICPCOM Rec Cmd Stop ()", "true\n\"rec\"\ntrue\n", ""},
+        {"Foo()", "", "t.icp:1: unknown function 'Foo'\n"},
+        {"ICPCOM Rec Cmd Go(1)", "", "t.icp:1: unknown function 'ICPCOM Rec Cmd Go'\n"},
+        {"ICPCOM  Rec Cmd Stop()", "",
+         "t.icp:1: unknown function 'ICPCOM  Rec Cmd Stop' (did you mean 'ICPCOM Rec Cmd Stop'?)\n"},
+        {"answer()", "", "t.icp:1: unknown function 'answer' (did you mean 'Answer'?)\n"},
+        {"Answer(1)", "", "t.icp:1: 'Answer' takes no arguments, 1 given\n"},
+        {"Echo()", "", "t.icp:1: 'Echo' takes 1 argument, 0 given\n"},
+        {"Pair(1, 2, 3)", "", "t.icp:1: 'Pair' takes 2 arguments, 3 given\n"},
+        {"Echo(1", "", "t.icp:1: expected ',' or ')' in the arguments of 'Echo', found end of line\n"},
+        {"Echo(1 # comment", "", "t.icp:1: expected ',' or ')' in the arguments of 'Echo', found end of line\n"},
+        {"Answer", "", "t.icp:1: unknown variable 'Answer' (a function: call it as Answer())\n"},
+        {"Fail()", "", "t.icp:1: 'Fail' failed: device on fire\n"},
+    });
+}
+
+// A faulty line is parsed to its end before anything runs: it calls nothing.
+TEST(Script, FaultyLineCallsNothing) {
+    check({
+        {"Count() )\nCount()", "1\n", "t.icp:1: unexpected ')' after the expression\n"},
+        {"Pair(Count(), Foo())\nCount()", "1\n", "t.icp:1: unknown function 'Foo'\n"},
+        {"Pair(Count(), y)\nCount()", "1\n", "t.icp:1: unknown variable 'y'\n"},
+        {"Pair(Count(), Echo())\nCount()", "1\n", "t.icp:1: 'Echo' takes 1 argument, 0 given\n"},
+    });
+}
+
+TEST(Script, Variables) {
+    check({
+        {"x = 5\nx\nx = \"five\"\nx", "5\n\"five\"\n", ""},
+        {"h=Echo(7)\nv = [h, Pair(h, h)]\nv", "[7, [7, 7, null, null, null]]\n", ""},
+        // A name is a variable unless a call follows it.
+        {"Answer = 1\nAnswer\nAnswer()", "1\n42\n", ""},
+        {"nullity = 3\nnullity", "3\n", ""},
+        // A failed assignment leaves the variable as it was.
+        {"x = 1\nx = Fail()\nx\ny = Fail()\ny", "1\n",
+         "t.icp:2: 'Fail' failed: device on fire\nt.icp:4: 'Fail' failed: device on fire\n"
+         "t.icp:5: unknown variable 'y'\n"},
+    });
+}
+
+// Every faulty line is reported with its number and the next line runs.
+TEST(Script, FaultsNameTheirLineAndTheRunGoesOn) {
+    check({
+        {"Answer()\nFoo()\n\n# comment\nAnswer()\nEcho(\n1", "42\n42\n1\n",
+         "t.icp:2: unknown function 'Foo'\n"
+         "t.icp:6: expected an expression, found end of line\n"},
+    });
+}
+
+TEST(Script, VariablesLiveFromOneRunToTheNext) {
+    std::ostringstream out, err;
+    icphost::Interpreter interpreter(functions, out, err);
+    EXPECT_EQ(interpreter.run("-e", "x = Echo(3)"), 0u);
+    EXPECT_FALSE(interpreter.failed());
+    EXPECT_EQ(interpreter.run("-e", "x\nbad("), 1u);
+    EXPECT_EQ(interpreter.run("-e", "x"), 0u);
+    EXPECT_TRUE(interpreter.failed());
+    EXPECT_EQ(out.str(), "3\n3\n");
+    EXPECT_EQ(err.str(), "-e:2: unknown function 'bad'\n");
+}
+
+TEST(Invoke, RefusesAnArgumentCountOtherThanTheArity) {
+    const std::vector<nvValue> two(2);
+    EXPECT_THROW(icphost::invoke(functions[2], two), std::invalid_argument);
+    EXPECT_THROW(icphost::invoke(functions[0], two), std::invalid_argument);
+    EXPECT_EQ(icphost::invoke(functions[3], two).size(), 5u);
+}
+
+}  // namespace
