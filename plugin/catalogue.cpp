@@ -10,11 +10,21 @@ namespace icp {
 namespace groups {
 // One line per group of script functions.
 extern const std::span<const Function> frame;
+extern const std::span<const Function> usb_device;
+extern const std::span<const Function> usb_info;
+extern const std::span<const Function> usb_digital;
+extern const std::span<const Function> com_port;
+extern const std::span<const Function> com_commands;
 }  // namespace groups
 
 namespace {
 const std::span<const Function>* const all_groups[] = {
     &groups::frame,
+    &groups::usb_device,
+    &groups::usb_info,
+    &groups::usb_digital,
+    &groups::com_port,
+    &groups::com_commands,
 };
 }  // namespace
 
