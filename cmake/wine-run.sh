@@ -68,30 +68,30 @@ for candidate in "$(dirname "$wine")/wineserver64" "$(dirname "$wine")/wineserve
 done
 
 # First use: create the prefix, once, even when several tests start at once.
+mkdir -p "$(dirname "$WINEPREFIX")"
+exec 9>"$WINEPREFIX.lock"
+flock 9
 if [[ ! -f "$WINEPREFIX/.initialised" ]]; then
-  mkdir -p "$(dirname "$WINEPREFIX")"
-  exec 9>"$WINEPREFIX.lock"
-  flock 9
-  if [[ ! -f "$WINEPREFIX/.initialised" ]]; then
-    rm -rf "$WINEPREFIX"
-    log="$WINEPREFIX.init.log"
-    if ! "$wine" wineboot -i >"$log" 2>&1; then
-      echo "$0: creating the Wine prefix $WINEPREFIX failed; see $log" >&2
-      exit 1
-    fi
-    [[ -n "$wineserver" ]] && "$wineserver" -w
-    touch "$WINEPREFIX/.initialised"
+  rm -rf "$WINEPREFIX"
+  log="$WINEPREFIX.init.log"
+  if ! "$wine" wineboot -i >"$log" 2>&1 </dev/null; then
+    echo "$0: creating the Wine prefix $WINEPREFIX failed; see $log" >&2
+    exit 1
   fi
-  flock -u 9
-  exec 9>&-
+  [[ -n "$wineserver" ]] && "$wineserver" -w
+  touch "$WINEPREFIX/.initialised"
 fi
-
-# One server for a whole test run: started here with a persistence delay, it
-# outlives each program by 20 s, so that no program meets a server that is
-# shutting down ("a wine server seems to be running, but I cannot connect
-# to it"). When one is running already, this does nothing.
-if [[ -n "$wineserver" ]]; then
-  "$wineserver" -p20 >/dev/null 2>&1 || true
+# One server and one set of Wine's own services (services.exe, winedevice,
+# plugplay, ...) for a whole test run. The server, started here with a
+# persistence delay, outlives each program by 20 s, so that no program meets
+# a server that is shutting down ("a wine server seems to be running, but I
+# cannot connect to it"). The services are started by a wineboot of their
+# own, with no terminal and no pipe: started by the program, they would hold
+# its output open, and the test runner would wait for them to end.
+if [[ -n "$wineserver" ]] && "$wineserver" -p20 </dev/null >/dev/null 2>&1; then
+  "$wine" wineboot </dev/null >/dev/null 2>&1 || true
 fi
+flock -u 9
+exec 9>&-
 
 exec "$wine" "$@"
