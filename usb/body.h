@@ -20,6 +20,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "ICPDAS_USBIO.h"
 #include "plugin/state.h"
@@ -73,6 +74,63 @@ nvValue group_body(const nvValue& handle, Group group, Op op) {
         if (!read_total(device, group, total) || total == 0) return make::null();
         if (!device_of(handle)) return make::null();
         return op(device, static_cast<unsigned>(total));
+    });
+}
+
+// The gate a shape runs behind: the whole device (steps 1 and 2) or a
+// group's channel total (steps 1 to 3).
+struct Device {};
+inline constexpr Device device_wide{};
+
+template <class Op>
+nvValue gated(const nvValue& handle, Device, Op op) {
+    return body(handle, op);
+}
+
+template <class Op>
+nvValue gated(const nvValue& handle, Group group, Op op) {
+    return group_body(handle, group, [&](USBIO_HANDLE device, unsigned) { return op(device); });
+}
+
+// The shapes most bodies are made of.
+
+// No argument: Boolean true when the SDK accepts the call.
+template <class Gate, class Call>
+nvValue action(const nvValue& handle, Gate gate, Call call) {
+    return gated(handle, gate, [&](USBIO_HANDLE device) { return sdk(call(device)); });
+}
+
+// One argument, checked and converted by check() before the SDK sees it.
+template <class Gate, class Check, class Call>
+nvValue setter(const nvValue& handle, Gate gate, const nvValue& value, Check check, Call call) {
+    return gated(handle, gate, [&](USBIO_HANDLE device) {
+        const auto converted = check(value);
+        if (!converted) return refused();
+        return sdk(call(device, *converted));
+    });
+}
+
+// An unsigned 8-, 16- or 32-bit output, preset to 0, as an Integer: the
+// narrow widths zero-extended, 32 bits passed unchanged (so they may read
+// back negative).
+template <class Gate, class Output>
+nvValue integer_getter(const nvValue& handle, Gate gate, std::int32_t (*call)(USBIO_HANDLE, Output*)) {
+    static_assert(std::is_unsigned_v<Output> && sizeof(Output) <= 4);
+    return gated(handle, gate, [&](USBIO_HANDLE device) {
+        Output out = 0;
+        const std::int32_t code = call(device, &out);
+        return sdk(code, [&] { return make::integer(static_cast<std::int32_t>(out)); });
+    });
+}
+
+// A 32-bit word as a real without sign (0 to 4294967295). The word starts
+// at 0, so an SDK that reports success without writing it leaks nothing.
+template <class Gate>
+nvValue real_getter(const nvValue& handle, Gate gate, std::int32_t (*call)(USBIO_HANDLE, std::uint32_t*)) {
+    return gated(handle, gate, [&](USBIO_HANDLE device) {
+        std::uint32_t word = 0;
+        const std::int32_t code = call(device, &word);
+        return sdk(code, [&] { return make::real_unsigned(word); });
     });
 }
 

@@ -1,11 +1,8 @@
 // USB digital output and input.
 //
-// The bodies are compositions of a few local shapes: a setter of one
-// checked argument, a setter of a channel and a per-channel value, an
-// integer getter that clears its word before the call, and a word getter
-// that returns the word as a real without sign. Every shape runs inside the
-// group gate of usb::group_body, so a module without the group never sees
-// the function's own SDK call.
+// The bodies are compositions of the shapes of usb/body.h, gated by the DO
+// or DI group, so a module without the group never sees the function's own
+// SDK call; one local shape sets a channel and its value.
 #include "usb/digital.h"
 
 #include <array>
@@ -27,17 +24,6 @@ namespace {
 // whatever its output count.
 constexpr unsigned power_on_channels = 32;
 
-// One further argument, checked and converted by `check`, then
-// call(device, value).
-template <class Check, class Call>
-nvValue set(const nvValue& handle, Group group, const nvValue& v, Check check, Call call) {
-    return usb::group_body(handle, group, [&](USBIO_HANDLE device, unsigned) {
-        const auto value = check(v);
-        if (!value) return usb::refused();
-        return usb::sdk(call(device, *value));
-    });
-}
-
 // A channel (low 8 bits, not compared with the total: the SDK's code
 // decides) and its value, checked in that order.
 template <class Check, class Call>
@@ -56,28 +42,6 @@ nvValue set_channel(const nvValue& handle, const nvValue& channel, const nvValue
 template <class Sdk>
 auto by_address(Sdk sdk) {
     return [sdk](USBIO_HANDLE device, std::uint32_t word) { return sdk(device, &word); };
-}
-
-// A setting read back as an integer: the word is cleared before the call
-// and zero-extended from its width (a 32-bit word is passed unchanged).
-template <class Word, class Call>
-nvValue get_integer(const nvValue& handle, Group group, Call call) {
-    return usb::group_body(handle, group, [&](USBIO_HANDLE device, unsigned) {
-        Word word = 0;
-        const std::int32_t code = call(device, &word);
-        return usb::sdk(code, [&] { return make::integer(static_cast<std::int32_t>(word)); });
-    });
-}
-
-// A 32-bit word read back as a real without sign. The word starts at 0, so
-// an SDK that reports success without writing it cannot leak stack bytes.
-template <class Call>
-nvValue get_real(const nvValue& handle, Group group, Call call) {
-    return usb::group_body(handle, group, [&](USBIO_HANDLE device, unsigned) {
-        std::uint32_t word = 0;
-        const std::int32_t code = call(device, &word);
-        return usb::sdk(code, [&] { return make::real_unsigned(word); });
-    });
 }
 
 }  // namespace
@@ -105,19 +69,19 @@ ICP_EXPORT nvValue icpusb_do_setpoweronenables(const nvValue& handle, const nvVa
 }
 
 ICP_EXPORT nvValue icpusb_do_setsafetyenable(const nvValue& handle, const nvValue& mask) {
-    return set(handle, Group::DO, mask, arg::uint32, by_address(DO_SetSafetyEnable));
+    return usb::setter(handle, Group::DO, mask, arg::uint32, by_address(DO_SetSafetyEnable));
 }
 
 ICP_EXPORT nvValue icpusb_do_setsafetyvalue(const nvValue& handle, const nvValue& value) {
-    return set(handle, Group::DO, value, arg::uint32, by_address(DO_SetSafetyValue));
+    return usb::setter(handle, Group::DO, value, arg::uint32, by_address(DO_SetSafetyValue));
 }
 
 ICP_EXPORT nvValue icpusb_do_setdigitaloutputinverse(const nvValue& handle, const nvValue& inverse) {
-    return set(handle, Group::DO, inverse, arg::uint32, DO_SetDigitalOutputInverse);
+    return usb::setter(handle, Group::DO, inverse, arg::uint32, DO_SetDigitalOutputInverse);
 }
 
 ICP_EXPORT nvValue icpusb_do_writevalue(const nvValue& handle, const nvValue& value) {
-    return set(handle, Group::DO, value, arg::uint32, by_address(DO_WriteValue));
+    return usb::setter(handle, Group::DO, value, arg::uint32, by_address(DO_WriteValue));
 }
 
 // The on/off value is an integer (not a Boolean), passed as its low 8 bits.
@@ -130,41 +94,41 @@ ICP_EXPORT nvValue icpusb_do_writechannelvalue(const nvValue& handle, const nvVa
 
 // Width in 0.1 ms, passed as its low 16 bits.
 ICP_EXPORT nvValue icpusb_di_setdigitalfilterwidth(const nvValue& handle, const nvValue& width) {
-    return set(handle, Group::DI, width, arg::uint16, DI_SetDigitalFilterWidth);
+    return usb::setter(handle, Group::DI, width, arg::uint16, DI_SetDigitalFilterWidth);
 }
 
 ICP_EXPORT nvValue icpusb_di_setdigitalvalueinverse(const nvValue& handle, const nvValue& inverse) {
-    return set(handle, Group::DI, inverse, arg::uint32, DI_SetDigitalValueInverse);
+    return usb::setter(handle, Group::DI, inverse, arg::uint32, DI_SetDigitalValueInverse);
 }
 
 ICP_EXPORT nvValue icpusb_di_setcntedgetrigger(const nvValue& handle, const nvValue& setting) {
-    return set(handle, Group::DI, setting, arg::uint32, DI_SetCntEdgeTrigger);
+    return usb::setter(handle, Group::DI, setting, arg::uint32, DI_SetCntEdgeTrigger);
 }
 
 ICP_EXPORT nvValue icpusb_di_writeclearcounter(const nvValue& handle, const nvValue& channel) {
-    return set(handle, Group::DI, channel, arg::uint8, DI_WriteClearCounter);
+    return usb::setter(handle, Group::DI, channel, arg::uint8, DI_WriteClearCounter);
 }
 
 ICP_EXPORT nvValue icpusb_di_writeclearcounters(const nvValue& handle, const nvValue& mask) {
-    return set(handle, Group::DI, mask, arg::uint32, DI_WriteClearCounters);
+    return usb::setter(handle, Group::DI, mask, arg::uint32, DI_WriteClearCounters);
 }
 
 // --- Integer getters ---
 
 ICP_EXPORT nvValue icpusb_do_getdigitaloutputinverse(const nvValue& handle) {
-    return get_integer<std::uint32_t>(handle, Group::DO, DO_GetDigitalOutputInverse);
+    return usb::integer_getter(handle, Group::DO, DO_GetDigitalOutputInverse);
 }
 
 ICP_EXPORT nvValue icpusb_di_getdigitalfilterwidth(const nvValue& handle) {
-    return get_integer<std::uint16_t>(handle, Group::DI, DI_GetDigitalFilterWidth);
+    return usb::integer_getter(handle, Group::DI, DI_GetDigitalFilterWidth);
 }
 
 ICP_EXPORT nvValue icpusb_di_getdigitalvalueinverse(const nvValue& handle) {
-    return get_integer<std::uint32_t>(handle, Group::DI, DI_GetDigitalValueInverse);
+    return usb::integer_getter(handle, Group::DI, DI_GetDigitalValueInverse);
 }
 
 ICP_EXPORT nvValue icpusb_di_getcntedgetrigger(const nvValue& handle) {
-    return get_integer<std::uint32_t>(handle, Group::DI, DI_GetCntEdgeTrigger);
+    return usb::integer_getter(handle, Group::DI, DI_GetCntEdgeTrigger);
 }
 
 // --- Power-on enables ---
@@ -186,23 +150,23 @@ ICP_EXPORT nvValue icpusb_do_getpoweronenable(const nvValue& handle) {
 // --- Words read as reals ---
 
 ICP_EXPORT nvValue icpusb_do_getsafetyenable(const nvValue& handle) {
-    return get_real(handle, Group::DO, DO_GetSafetyEnable);
+    return usb::real_getter(handle, Group::DO, DO_GetSafetyEnable);
 }
 
 ICP_EXPORT nvValue icpusb_do_getsafetyvalue(const nvValue& handle) {
-    return get_real(handle, Group::DO, DO_GetSafetyValue);
+    return usb::real_getter(handle, Group::DO, DO_GetSafetyValue);
 }
 
 ICP_EXPORT nvValue icpusb_do_readvalue(const nvValue& handle) {
-    return get_real(handle, Group::DO, DO_ReadValue);
+    return usb::real_getter(handle, Group::DO, DO_ReadValue);
 }
 
 ICP_EXPORT nvValue icpusb_di_readvalue(const nvValue& handle) {
-    return get_real(handle, Group::DI, DI_ReadValue);
+    return usb::real_getter(handle, Group::DI, DI_ReadValue);
 }
 
 ICP_EXPORT nvValue icpusb_di_readcountervalue(const nvValue& handle) {
-    return get_real(handle, Group::DI, DI_ReadCounterValue);
+    return usb::real_getter(handle, Group::DI, DI_ReadCounterValue);
 }
 
 // --- One input channel ---

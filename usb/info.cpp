@@ -2,46 +2,21 @@
 
 #include <array>
 #include <cstdint>
-#include <type_traits>
 
 #include "ICPDAS_USBIO.h"
 #include "plugin/catalogue.h"
 #include "usb/body.h"
 
 using namespace icp;
+using usb::action;
+using usb::device_wide;  // every setting here: no group gate
+using usb::integer_getter;
+using usb::setter;
 
 namespace {
 
 // Nickname and serial number buffers: up to 31 bytes of text and a zero.
 constexpr std::size_t text_capacity = 32;
-
-// An action without arguments: Boolean true when the SDK accepts it.
-template <class Call>
-nvValue action(const nvValue& handle, Call call) {
-    return usb::body(handle, [&](USBIO_HANDLE device) { return usb::sdk(call(device)); });
-}
-
-// A setting of one argument, checked and converted by check() before the SDK
-// sees it.
-template <class Check, class Call>
-nvValue setter(const nvValue& handle, const nvValue& value, Check check, Call call) {
-    return usb::body(handle, [&](USBIO_HANDLE device) {
-        const auto converted = check(value);
-        if (!converted) return usb::refused();
-        return usb::sdk(call(device, *converted));
-    });
-}
-
-// An unsigned 8-, 16- or 32-bit output, preset to 0, as an Integer: the
-// narrow widths zero-extended, 32 bits unchanged.
-template <class Result, class Output>
-nvValue getter(const nvValue& handle, Result (*call)(USBIO_HANDLE, Output*)) {
-    static_assert(std::is_unsigned_v<Output> && sizeof(Output) <= 4);
-    return usb::body(handle, [&](USBIO_HANDLE device) {
-        Output out = 0;
-        return usb::sdk(call(device, &out), [&] { return make::integer(static_cast<std::int32_t>(out)); });
-    });
-}
 
 // A text output into a 32-byte buffer whose first byte is preset to 0; the
 // result is the text up to the first zero byte (possibly empty).
@@ -56,29 +31,29 @@ nvValue text_getter(const nvValue& handle, Call call) {
 
 }  // namespace
 
-ICP_EXPORT nvValue icpusb_syncdevice(const nvValue& handle) { return action(handle, SYNCDevice); }
+ICP_EXPORT nvValue icpusb_syncdevice(const nvValue& handle) { return action(handle, device_wide, SYNCDevice); }
 
 // Any Integer passes; the SDK enforces its limits.
 ICP_EXPORT nvValue icpusb_setcommtimeout(const nvValue& handle, const nvValue& timeout) {
-    return setter(handle, timeout, arg::int32, SetCommTimeout);
+    return setter(handle, device_wide, timeout, arg::int32, SetCommTimeout);
 }
 
-ICP_EXPORT nvValue icpusb_getcommtimeout(const nvValue& handle) { return getter(handle, GetCommTimeout); }
+ICP_EXPORT nvValue icpusb_getcommtimeout(const nvValue& handle) { return integer_getter(handle, device_wide, GetCommTimeout); }
 
 // Only a Boolean is accepted, and it is converted as an integer.
 ICP_EXPORT nvValue icpusb_setautoresetwdt(const nvValue& handle, const nvValue& enable) {
-    return setter(handle, enable, arg::flag_as_int32, SetAutoResetWDT);
+    return setter(handle, device_wide, enable, arg::flag_as_int32, SetAutoResetWDT);
 }
 
-ICP_EXPORT nvValue icpusb_refreshdeviceinfo(const nvValue& handle) { return action(handle, RefreshDeviceInfo); }
+ICP_EXPORT nvValue icpusb_refreshdeviceinfo(const nvValue& handle) { return action(handle, device_wide, RefreshDeviceInfo); }
 
 ICP_EXPORT nvValue icpusb_setsoftwdttimeout(const nvValue& handle, const nvValue& timeout) {
-    return setter(handle, timeout, arg::int32, SetSoftWDTTimeout);
+    return setter(handle, device_wide, timeout, arg::int32, SetSoftWDTTimeout);
 }
 
-ICP_EXPORT nvValue icpusb_getsoftwdttimeout(const nvValue& handle) { return getter(handle, GetSoftWDTTimeout); }
-ICP_EXPORT nvValue icpusb_getdeviceid(const nvValue& handle) { return getter(handle, GetDeviceID); }
-ICP_EXPORT nvValue icpusb_getfwver(const nvValue& handle) { return getter(handle, GetFwVer); }
+ICP_EXPORT nvValue icpusb_getsoftwdttimeout(const nvValue& handle) { return integer_getter(handle, device_wide, GetSoftWDTTimeout); }
+ICP_EXPORT nvValue icpusb_getdeviceid(const nvValue& handle) { return integer_getter(handle, device_wide, GetDeviceID); }
+ICP_EXPORT nvValue icpusb_getfwver(const nvValue& handle) { return integer_getter(handle, device_wide, GetFwVer); }
 
 ICP_EXPORT nvValue icpusb_getdevicenickname(const nvValue& handle) {
     return text_getter(handle, GetDeviceNickName);
@@ -97,23 +72,23 @@ ICP_EXPORT nvValue icpusb_setdevicenickname(const nvValue& handle, const nvValue
 }
 
 ICP_EXPORT nvValue icpusb_getdevicesn(const nvValue& handle) { return text_getter(handle, GetDeviceSN); }
-ICP_EXPORT nvValue icpusb_getsupportiomask(const nvValue& handle) { return getter(handle, GetSupportIOMask); }
+ICP_EXPORT nvValue icpusb_getsupportiomask(const nvValue& handle) { return integer_getter(handle, device_wide, GetSupportIOMask); }
 
 // Unlike the group check of the I/O functions, a total of 0 is a result
 // and a failing call keeps its code.
-ICP_EXPORT nvValue icpusb_getditotal(const nvValue& handle) { return getter(handle, GetDITotal); }
-ICP_EXPORT nvValue icpusb_getdototal(const nvValue& handle) { return getter(handle, GetDOTotal); }
-ICP_EXPORT nvValue icpusb_getaitotal(const nvValue& handle) { return getter(handle, GetAITotal); }
-ICP_EXPORT nvValue icpusb_getaototal(const nvValue& handle) { return getter(handle, GetAOTotal); }
-ICP_EXPORT nvValue icpusb_getpitotal(const nvValue& handle) { return getter(handle, GetPITotal); }
-ICP_EXPORT nvValue icpusb_getpototal(const nvValue& handle) { return getter(handle, GetPOTotal); }
+ICP_EXPORT nvValue icpusb_getditotal(const nvValue& handle) { return integer_getter(handle, device_wide, GetDITotal); }
+ICP_EXPORT nvValue icpusb_getdototal(const nvValue& handle) { return integer_getter(handle, device_wide, GetDOTotal); }
+ICP_EXPORT nvValue icpusb_getaitotal(const nvValue& handle) { return integer_getter(handle, device_wide, GetAITotal); }
+ICP_EXPORT nvValue icpusb_getaototal(const nvValue& handle) { return integer_getter(handle, device_wide, GetAOTotal); }
+ICP_EXPORT nvValue icpusb_getpitotal(const nvValue& handle) { return integer_getter(handle, device_wide, GetPITotal); }
+ICP_EXPORT nvValue icpusb_getpototal(const nvValue& handle) { return integer_getter(handle, device_wide, GetPOTotal); }
 
 // The low 8 bits of any Integer; the range 16 to 127 is the SDK's to check.
 ICP_EXPORT nvValue icpusb_setuserdefinedboardid(const nvValue& handle, const nvValue& id) {
-    return setter(handle, id, arg::uint8, SetUserDefinedBoardID);
+    return setter(handle, device_wide, id, arg::uint8, SetUserDefinedBoardID);
 }
 
-ICP_EXPORT nvValue icpusb_loaddefault(const nvValue& handle) { return action(handle, LoadDefault); }
+ICP_EXPORT nvValue icpusb_loaddefault(const nvValue& handle) { return action(handle, device_wide, LoadDefault); }
 
 // clang-format off
 #define ICP_USB_INFO_FUNCTIONS(F)                                                                \
