@@ -1,9 +1,7 @@
 // The catalogue of script functions and the companions it yields: names,
-// help records and the naming rules that tie script names to exports.
+// help records built afresh from the one declaration, arity and uniqueness.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cctype>
 #include <map>
 #include <set>
 #include <string>
@@ -18,30 +16,6 @@ const icp::Function* find(std::string_view export_name) {
         if (export_name == f->export_name) return f;
     return nullptr;
 }
-
-std::string upper(std::string_view s) {
-    std::string out;
-    for (char c : s) out += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return out;
-}
-
-std::string lower_without(std::string_view s, std::string_view drop) {
-    std::string out;
-    for (char c : s)
-        if (drop.find(c) == std::string_view::npos)
-            out += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return out;
-}
-
-// Script names that do not follow the regular rule.
-const std::map<std::string_view, std::string_view> irregular = {
-    {"plugin_icp_loaded", "ICP_Loaded"},
-    {"icpcom_rec_cmd_start", "ICPCOM Rec Cmd Start"},
-    {"icpcom_rec_cmd_stop", "ICPCOM Rec Cmd Stop"},
-    {"icpcom_rec_cmd_exec", "ICPCOM Rec Cmd Exec"},
-    {"icpcom_do_writechannelvalue", "ICPCOM_DO_WriteChannel"},
-    {"icpusb_syncdevice", "ICPUSB_SYNCDevice"},
-};
 
 TEST(Catalogue, CompanionsReturnTheEntrysNameAndHelpRecord) {
     const auto all = icp::catalogue();
@@ -74,33 +48,6 @@ TEST(Catalogue, ExportAndScriptNamesAreUnique) {
     for (const icp::Function* f : icp::catalogue()) {
         EXPECT_TRUE(exports.insert(f->export_name).second) << "export twice: " << f->export_name;
         EXPECT_TRUE(scripts.insert(f->script_name).second) << "script name twice: " << f->script_name;
-    }
-}
-
-// Lower-casing a regular script name and dropping its underscores gives the
-// export name without its underscores; the prefix and the I/O group appear
-// in upper case, each followed by an underscore.
-TEST(Catalogue, ScriptNamesFollowTheExportNames) {
-    const std::set<std::string_view> groups = {"ai", "ao", "di", "do", "pi"};
-    for (const icp::Function* f : icp::catalogue()) {
-        const std::string_view exp = f->export_name;
-        const std::string_view script = f->script_name;
-        SCOPED_TRACE(std::string(exp) + " / " + std::string(script));
-        EXPECT_TRUE(std::all_of(exp.begin(), exp.end(),
-                                [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'; }));
-        EXPECT_TRUE(exp == "plugin_icp_loaded" || exp.starts_with("icpusb_") || exp.starts_with("icpcom_"));
-
-        if (const auto it = irregular.find(exp); it != irregular.end()) {
-            EXPECT_EQ(script, it->second);
-            continue;
-        }
-        EXPECT_EQ(lower_without(script, "_"), lower_without(exp, "_"));
-        const std::string_view rest = exp.substr(7);
-        const std::string_view group = rest.substr(0, rest.find('_'));
-        std::string prefix = upper(exp.substr(0, 7));
-        if (groups.contains(group) && rest.size() > group.size()) prefix += upper(group) + "_";
-        EXPECT_TRUE(script.starts_with(prefix)) << "expected prefix " << prefix;
-        EXPECT_EQ(script.find(' '), std::string_view::npos);
     }
 }
 
