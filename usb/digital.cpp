@@ -2,7 +2,7 @@
 //
 // The bodies are compositions of the shapes of usb/body.h, gated by the DO
 // or DI group, so a module without the group never sees the function's own
-// SDK call; one local shape sets a channel and its value.
+// SDK call.
 #include "usb/digital.h"
 
 #include <array>
@@ -24,33 +24,13 @@ namespace {
 // whatever its output count.
 constexpr unsigned power_on_channels = 32;
 
-// A channel (low 8 bits, not compared with the total: the SDK's code
-// decides) and its value, checked in that order.
-template <class Check, class Call>
-nvValue set_channel(const nvValue& handle, const nvValue& channel, const nvValue& v, Check check,
-                    Call call) {
-    return usb::group_body(handle, Group::DO, [&](USBIO_HANDLE device, unsigned) {
-        const auto ch = arg::uint8(channel);
-        if (!ch) return usb::refused();
-        const auto value = check(v);
-        if (!value) return usb::refused();
-        return usb::sdk(call(device, *ch, *value));
-    });
-}
-
-// Mask words that the SDK takes by address: the word is kept in a local.
-template <class Sdk>
-auto by_address(Sdk sdk) {
-    return [sdk](USBIO_HANDLE device, std::uint32_t word) { return sdk(device, &word); };
-}
-
 }  // namespace
 
 // --- Digital output setters ---
 
 ICP_EXPORT nvValue icpusb_do_setpoweronenable(const nvValue& handle, const nvValue& channel,
                                               const nvValue& enable) {
-    return set_channel(handle, channel, enable, arg::flag, DO_SetPowerOnEnable);
+    return usb::channel_setter(handle, Group::DO, channel, enable, arg::flag, DO_SetPowerOnEnable);
 }
 
 // Always 32 calls; the first failing channel stops the loop and leaves the
@@ -69,11 +49,11 @@ ICP_EXPORT nvValue icpusb_do_setpoweronenables(const nvValue& handle, const nvVa
 }
 
 ICP_EXPORT nvValue icpusb_do_setsafetyenable(const nvValue& handle, const nvValue& mask) {
-    return usb::setter(handle, Group::DO, mask, arg::uint32, by_address(DO_SetSafetyEnable));
+    return usb::setter(handle, Group::DO, mask, arg::uint32, usb::by_address(DO_SetSafetyEnable));
 }
 
 ICP_EXPORT nvValue icpusb_do_setsafetyvalue(const nvValue& handle, const nvValue& value) {
-    return usb::setter(handle, Group::DO, value, arg::uint32, by_address(DO_SetSafetyValue));
+    return usb::setter(handle, Group::DO, value, arg::uint32, usb::by_address(DO_SetSafetyValue));
 }
 
 ICP_EXPORT nvValue icpusb_do_setdigitaloutputinverse(const nvValue& handle, const nvValue& inverse) {
@@ -81,13 +61,13 @@ ICP_EXPORT nvValue icpusb_do_setdigitaloutputinverse(const nvValue& handle, cons
 }
 
 ICP_EXPORT nvValue icpusb_do_writevalue(const nvValue& handle, const nvValue& value) {
-    return usb::setter(handle, Group::DO, value, arg::uint32, by_address(DO_WriteValue));
+    return usb::setter(handle, Group::DO, value, arg::uint32, usb::by_address(DO_WriteValue));
 }
 
 // The on/off value is an integer (not a Boolean), passed as its low 8 bits.
 ICP_EXPORT nvValue icpusb_do_writechannelvalue(const nvValue& handle, const nvValue& channel,
                                                const nvValue& value) {
-    return set_channel(handle, channel, value, arg::uint8, DO_WriteChannelValue);
+    return usb::channel_setter(handle, Group::DO, channel, value, arg::uint8, DO_WriteChannelValue);
 }
 
 // --- Digital input setters ---

@@ -46,6 +46,11 @@ std::optional<std::uint32_t> uint32(const nvValue& v) {
     return v.toUnsignedInt();
 }
 
+std::optional<std::uint16_t> mask16(const nvValue& v) {
+    if (!v.isUnsignedInteger()) return std::nullopt;
+    return static_cast<std::uint16_t>(v.toUnsignedInt());
+}
+
 std::optional<float> real32(const nvValue& v) {
     if (!v.isDouble()) return std::nullopt;
     return to_float(v.toDouble());

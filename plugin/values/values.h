@@ -37,6 +37,8 @@ std::optional<std::uint16_t> uint16(const nvValue& v);
 std::optional<std::int16_t> int16(const nvValue& v);
 // Unsigned-integer kind (bit masks and words), 32 bits.
 std::optional<std::uint32_t> uint32(const nvValue& v);
+// Unsigned-integer kind, low 16 bits (16-channel masks).
+std::optional<std::uint16_t> mask16(const nvValue& v);
 // Double kind, narrowed to single precision.
 std::optional<float> real32(const nvValue& v);
 // Boolean kind, as 0 or 1.
