@@ -199,7 +199,8 @@ Sim& sim() {
 }
 
 // The built-in rig, one module of every I/O group:
-//   USB2019    board 1  8 AI (+-10 V); ch0 1.25 V, ch1 -2.5 V, ch2 7.5 V
+//   USB2019    board 1  8 AI (+-10 V); ch0 1.25 V, ch1 -2.5 V, ch2 7.5 V,
+//                       ch3 a thermocouple at 231.5 degrees C, ch4 an open wire
 //   USB2026    board 1  5 AI, 2 AO, 2 DI, 3 DO; AI ch0 5 V, DI 0b01
 //   USB2045_32 board 1  32 DO
 //   USB2051    board 2  16 DI; signal 0x00A5
@@ -211,6 +212,8 @@ void build_default_rig(Sim& s) {
         m->ai[0].signal = 1.25;
         m->ai[1].signal = -2.5;
         m->ai[2].signal = 7.5;
+        m->ai[3].signal = 231.5;
+        m->ai[4].open_wire = true;
     }
     if (Module* m = s.add(*find_model("USB2026"), 1)) {
         m->ai[0].signal = 5.0;
