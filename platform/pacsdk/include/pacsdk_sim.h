@@ -143,7 +143,8 @@ PACSIM_API bool port_open(const std::string& port);
 
 // ---- Call log --------------------------------------------------------------
 
-// Every line since the last reset() or clear_calls(), in order: SDK calls as
+// The lines since the last reset() or clear_calls(), in order (the latest
+// 4096 at least; older ones are dropped in blocks): SDK calls as
 // "NAME(ARGS) -> RESULT" (void calls without " -> RESULT"), DCON traffic as
 // "dcon> TEXT" and "dcon< TEXT" (checksum included, CR left out). An SDK
 // call's line follows the DCON lines it caused.

@@ -22,13 +22,19 @@ void CallLog::set_trace(pacsim::TraceFn fn, void* context) {
 }
 
 void CallLog::sdk(const std::string& call) {
-    lines_.push_back(call);
+    keep(call);
     trace("sdk: " + call);
 }
 
 void CallLog::add(const std::string& line) {
-    lines_.push_back(line);
+    keep(line);
     trace(line);
+}
+
+// A bounded window: a long session keeps its memory.
+void CallLog::keep(const std::string& line) {
+    if (lines_.size() >= 2 * window) lines_.erase(lines_.begin(), lines_.begin() + window);
+    lines_.push_back(line);
 }
 
 void CallLog::trace(const std::string& line) const {

@@ -17,8 +17,11 @@
 
 namespace pacsdk {
 
+// The latest `window` lines at least, at most twice that.
 class CallLog {
 public:
+    static constexpr std::size_t window = 4096;
+
     void set_trace(pacsim::TraceFn fn, void* context);
     void sdk(const std::string& call);
     void sent(std::string_view text) { add("dcon> " + std::string(text)); }
@@ -28,6 +31,7 @@ public:
 
 private:
     void add(const std::string& line);
+    void keep(const std::string& line);
     void trace(const std::string& line) const;
 
     std::vector<std::string> lines_;

@@ -245,7 +245,8 @@ USBSIM_API void fail_next(const std::string& function, std::int32_t code, unsign
 USBSIM_API void advance_ms(std::uint32_t ms);
 USBSIM_API std::uint64_t now_ms();
 
-// The call log, "NAME(ARGS) -> RESULT" per SDK call, oldest first.
+// The call log, "NAME(ARGS) -> RESULT" per SDK call, oldest first: the
+// latest 4096 calls at least (older ones are dropped in blocks).
 USBSIM_API std::vector<std::string> calls();
 USBSIM_API void clear_calls();
 

@@ -230,6 +230,8 @@ void build_default_rig(Sim& s) {
 
 void record(std::string line, std::unique_lock<std::mutex>& held) {
     Sim& s = sim();
+    // A bounded window: a long session keeps its memory.
+    if (s.log.size() >= 2 * kLogWindow) s.log.erase(s.log.begin(), s.log.begin() + kLogWindow);
     s.log.push_back(line);
     TraceFn fn = s.trace;
     void* ctx = s.trace_context;

@@ -61,13 +61,17 @@ struct Fault {
     unsigned remaining = 0;
 };
 
+// The call log keeps the latest lines only, so that memory stays flat
+// however many calls a session makes.
+inline constexpr std::size_t kLogWindow = 4096;
+
 struct Sim {
     std::vector<std::unique_ptr<Module>> modules;
     // Instances live until reset(), so that the address of a disposed
     // instance is never handed out again and is recognised as stale.
     std::vector<std::unique_ptr<Instance>> instances;
     std::map<std::string, Fault> faults;
-    std::vector<std::string> log;
+    std::vector<std::string> log;  // the latest kLogWindow lines at least, at most twice that
     TraceFn trace = nullptr;
     void* trace_context = nullptr;
     std::uint64_t now = 0;
