@@ -17,6 +17,7 @@
 #include <iterator>
 #include <span>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "plugin/export.h"
@@ -30,6 +31,10 @@ struct Function {
     std::span<const char* const> help;
     nvValue (*name)();
     nvValue (*description)();
+    // The body, called with the first arity() values of `args`: what a
+    // host does through the export, for hosts and tests that walk the
+    // catalogue.
+    nvValue (*invoke)(std::span<const nvValue> args);
 
     std::size_t arity() const { return help.size() - 2; }
 };
@@ -52,6 +57,15 @@ constexpr std::size_t arity(nvValue (*)(Args...)) {
     return sizeof...(Args);
 }
 
+template <auto Body>
+nvValue invoke(std::span<const nvValue> args) {
+    constexpr std::size_t n = arity(Body);
+    if (args.size() < n) return nvValue();
+    return [&]<std::size_t... I>(std::index_sequence<I...>) {
+        return Body(args[I]...);
+    }(std::make_index_sequence<n>{});
+}
+
 }  // namespace icp
 
 #define ICP_CATALOGUE_COMPANIONS_(exp, script, ...)                                        \
@@ -65,7 +79,7 @@ constexpr std::size_t arity(nvValue (*)(Args...)) {
     ICP_EXPORT ::icp::nvValue exp##Description() { return ::icp::describe(::icp::help::exp##_items); }
 
 #define ICP_CATALOGUE_ROW_(exp, script, ...) \
-    ::icp::Function{#exp, script, ::icp::help::exp##_items, &exp##Name, &exp##Description},
+    ::icp::Function{#exp, script, ::icp::help::exp##_items, &exp##Name, &exp##Description, &::icp::invoke<&exp>},
 
 #define ICP_CATALOGUE_GROUP(group, LIST)                                      \
     LIST(ICP_CATALOGUE_COMPANIONS_)                                           \
