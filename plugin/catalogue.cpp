@@ -16,6 +16,7 @@ extern const std::span<const Function> usb_digital;
 extern const std::span<const Function> usb_analog_input;
 extern const std::span<const Function> com_port;
 extern const std::span<const Function> com_commands;
+extern const std::span<const Function> com_pwm;
 }  // namespace groups
 
 namespace {
@@ -27,6 +28,7 @@ const std::span<const Function>* const all_groups[] = {
     &groups::usb_analog_input,
     &groups::com_port,
     &groups::com_commands,
+    &groups::com_pwm,
 };
 }  // namespace
 
