@@ -60,6 +60,31 @@ std::int32_t apply_mask(const char* name, USBIO_HANDLE h, const std::uint8_t* ma
     });
 }
 
+void clear_count(PiChannel& p) {
+    p.count = 0;
+    p.pending_pulses = 0.0;
+}
+
+void clear_status(PiChannel& p) { p.status = 0; }
+
+// A clear of one channel, which is its only argument; a channel beyond the
+// group's total is refused.
+std::int32_t clear_channel(const char* name, USBIO_HANDLE h, std::uint8_t channel, void (*clear)(PiChannel&)) {
+    auto args = [&](const Module*) { return ", " + fmt::num(channel); };
+    return device_call(name, h, Group::PI, args, [&](Module& m) {
+        if (channel >= m.model->pi) return USBIO_ERR_PARAMETER;
+        clear(m.pi[value_channel(m, channel)]);
+        return USBIO_OK;
+    });
+}
+
+// A clear of the channels whose bit is set in the mask.
+std::int32_t clear_mask(const char* name, USBIO_HANDLE h, const std::uint8_t* mask, void (*clear)(PiChannel&)) {
+    return apply_mask(name, h, mask, [clear](Module& m, unsigned ch, bool on) {
+        if (on) clear(m.pi[value_channel(m, ch)]);
+    });
+}
+
 std::int32_t get_flags(const char* name, USBIO_HANDLE h, std::uint8_t* mask, bool PiChannel::*flag) {
     return device_call(name, h, Group::PI, no_args(), [&](Module& m) {
         if (!mask) return USBIO_ERR_PARAMETER;
@@ -186,31 +211,19 @@ USBIO_API int32_t PI_GetLPFilterWidth(USBIO_HANDLE h, uint16_t widthsUs[16]) {
 }
 
 USBIO_API int32_t PI_ClearSingleChCount(USBIO_HANDLE h, uint8_t channel) {
-    return write_channel("PI_ClearSingleChCount", h, Group::PI, channel, std::uint8_t{0},
-                         [](const Module&, unsigned, std::uint8_t) { return true; },
-                         [](Module& m, unsigned ch, std::uint8_t) {
-                             PiChannel& p = m.pi[value_channel(m, ch)];
-                             p.count = 0;
-                             p.pending_pulses = 0.0;
-                         });
+    return clear_channel("PI_ClearSingleChCount", h, channel, clear_count);
 }
 
 USBIO_API int32_t PI_ClearChCount(USBIO_HANDLE h, const uint8_t mask[2]) {
-    return apply_mask("PI_ClearChCount", h, mask, [](Module& m, unsigned ch, bool on) {
-        if (on) m.pi[value_channel(m, ch)].count = 0;
-    });
+    return clear_mask("PI_ClearChCount", h, mask, clear_count);
 }
 
 USBIO_API int32_t PI_ClearSingleChStatus(USBIO_HANDLE h, uint8_t channel) {
-    return write_channel("PI_ClearSingleChStatus", h, Group::PI, channel, std::uint8_t{0},
-                         [](const Module&, unsigned, std::uint8_t) { return true; },
-                         [](Module& m, unsigned ch, std::uint8_t) { m.pi[value_channel(m, ch)].status = 0; });
+    return clear_channel("PI_ClearSingleChStatus", h, channel, clear_status);
 }
 
 USBIO_API int32_t PI_ClearChStatus(USBIO_HANDLE h, const uint8_t mask[2]) {
-    return apply_mask("PI_ClearChStatus", h, mask, [](Module& m, unsigned ch, bool on) {
-        if (on) m.pi[value_channel(m, ch)].status = 0;
-    });
+    return clear_mask("PI_ClearChStatus", h, mask, clear_status);
 }
 
 USBIO_API int32_t PI_GetTotalSupportType(USBIO_HANDLE h, uint8_t* count) {
