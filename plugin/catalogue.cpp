@@ -15,6 +15,8 @@ extern const std::span<const Function> usb_info;
 extern const std::span<const Function> usb_digital;
 extern const std::span<const Function> com_port;
 extern const std::span<const Function> com_commands;
+extern const std::span<const Function> com_io;
+extern const std::span<const Function> com_watchdog;
 }  // namespace groups
 
 namespace {
@@ -25,6 +27,8 @@ const std::span<const Function>* const all_groups[] = {
     &groups::usb_digital,
     &groups::com_port,
     &groups::com_commands,
+    &groups::com_io,
+    &groups::com_watchdog,
 };
 }  // namespace
 
