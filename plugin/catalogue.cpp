@@ -17,6 +17,8 @@ extern const std::span<const Function> usb_analog_input;
 extern const std::span<const Function> usb_pulse;
 extern const std::span<const Function> com_port;
 extern const std::span<const Function> com_commands;
+extern const std::span<const Function> com_io;
+extern const std::span<const Function> com_watchdog;
 extern const std::span<const Function> com_pwm;
 }  // namespace groups
 
@@ -30,6 +32,8 @@ const std::span<const Function>* const all_groups[] = {
     &groups::usb_pulse,
     &groups::com_port,
     &groups::com_commands,
+    &groups::com_io,
+    &groups::com_watchdog,
     &groups::com_pwm,
 };
 }  // namespace

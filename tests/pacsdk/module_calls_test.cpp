@@ -26,21 +26,6 @@ protected:
     PAC_HANDLE h = nullptr;
 };
 
-TEST_F(pacsdkModuleCalls, ReadsAnalogInputs) {
-    float v = 0;
-    for (int ch = 0; ch < 8; ++ch) {
-        ASSERT_EQ(pac_ReadAI(h, ai_slot, ch, 8, &v), 1);
-        EXPECT_FLOAT_EQ(v, 0.5f * static_cast<float>(ch + 1));
-    }
-    pacsim::set_ai("COM1", 1, 3, -7.25);
-    ASSERT_EQ(pac_ReadAI(h, ai_slot, 3, 8, &v), 1);
-    EXPECT_FLOAT_EQ(v, -7.25f);
-    EXPECT_TRUE(logged("dcon> #013"));
-    pacsim::set_ai("COM1", 1, 0, 11.0);  // over range reads as the saturated value
-    ASSERT_EQ(pac_ReadAI(h, ai_slot, 0, 8, &v), 1);
-    EXPECT_FLOAT_EQ(v, 9999.9f);
-}
-
 TEST_F(pacsdkModuleCalls, ChannelOutsideTheTotalIsRefusedBeforeSending) {
     struct {
         int channel, total;
@@ -73,21 +58,6 @@ TEST_F(pacsdkModuleCalls, OnlyRemoteSlotsReachAModule) {
     EXPECT_EQ(pac_ReadAI(h, PAC_REMOTE_IO(0x25), 0, 8, &v), 0);  // nobody at 25
     EXPECT_EQ(pac_GetLastError(), PAC_ERR_UART_READ_TIMEOUT);
     EXPECT_TRUE(logged("dcon> #250"));
-}
-
-TEST_F(pacsdkModuleCalls, WritesAndReadsAnalogOutputs) {
-    ASSERT_EQ(pac_WriteAO(h, ao_slot, 1, 4, 2.5f), 1);
-    EXPECT_DOUBLE_EQ(pacsim::ao_output("COM1", 2, 1), 2.5);
-    float v = 0;
-    ASSERT_EQ(pac_ReadAO(h, ao_slot, 1, 4, &v), 1);
-    EXPECT_FLOAT_EQ(v, 2.5f);
-
-    EXPECT_EQ(pac_WriteAO(h, ao_slot, 1, 4, 12.0f), 0);  // the module clamps and says so
-    EXPECT_EQ(pac_GetLastError(), PAC_ERR_IO_VALUE_OUT_OF_RANGE);
-    EXPECT_DOUBLE_EQ(pacsim::ao_output("COM1", 2, 1), 10.0);
-
-    pacsim::clear_calls();
-    expect_refused_before_sending(pac_WriteAO(h, ao_slot, 0, 4, NAN), PAC_ERR_IO_VALUE_OUT_OF_RANGE);
 }
 
 TEST_F(pacsdkModuleCalls, WritesAndReadsDigitalWords) {
@@ -157,46 +127,6 @@ TEST_F(pacsdkModuleCalls, AnalogPowerOnAndSafeValuesLeaveTheOutputsAlone) {
     EXPECT_DOUBLE_EQ(pacsim::ao_output("COM1", 2, 1), 3.0);
 }
 
-TEST_F(pacsdkModuleCalls, WatchdogTimeoutDrivesSafeValuesUntilReset) {
-    ASSERT_EQ(pac_WriteDO_MF(h, dio_slot, 7, 0x02), 1);
-    ASSERT_EQ(pac_WriteModuleSafeValueDO_MF(h, dio_slot, 7, 0x40), 1);
-    ASSERT_EQ(pac_WriteAO(h, ao_slot, 0, 4, 5.0f), 1);
-    ASSERT_EQ(pac_WriteModuleSafeValueAO_MF(h, ao_slot, 0, 4, -1.0f), 1);
-    ASSERT_EQ(pac_WriteDO_MF(h, dio_slot, 7, 0x11), 1);
-    ASSERT_EQ(pac_SetPWMStart(h, pwm_slot, 0x03), 1);
-    for (int slot : {ao_slot, dio_slot, pwm_slot}) ASSERT_EQ(pac_SetModuleWDTConfig(h, slot, 1, 10, 0), 1);
-
-    short enabled = 0;
-    uint32_t timeout = 0;
-    int overwrite = 5;
-    ASSERT_EQ(pac_GetModuleWDTConfig(h, dio_slot, &enabled, &timeout, &overwrite), 1);
-    EXPECT_EQ(enabled, 1);
-    EXPECT_EQ(timeout, 10u);
-    EXPECT_EQ(overwrite, 0);
-
-    pacsim::advance_ms(999);
-    ASSERT_EQ(pac_RefreshModuleWDT(h, ai_slot), 1);  // a broadcast: any module's slot will do
-    EXPECT_EQ(dcon_lines().back(), "dcon> ~**");
-    pacsim::advance_ms(999);
-    EXPECT_EQ(pac_GetModuleWDTStatus(h, dio_slot), 0);
-    EXPECT_EQ(pacsim::do_word("COM1", 3), 0x11u);
-    pacsim::advance_ms(1);
-
-    EXPECT_EQ(pac_GetModuleWDTStatus(h, dio_slot), 1);
-    EXPECT_EQ(pacsim::do_word("COM1", 3), 0x40u);
-    EXPECT_DOUBLE_EQ(pacsim::ao_output("COM1", 2, 0), -1.0);
-    EXPECT_EQ(pacsim::pwm_running("COM1", 4), 0u);
-    EXPECT_EQ(pac_WriteDO_MF(h, dio_slot, 7, 0x01), 0);
-    EXPECT_EQ(pac_GetLastError(), PAC_ERR_UART_RESPONSE);
-    EXPECT_EQ(pac_WriteAO(h, ao_slot, 0, 4, 1.0f), 0);
-    EXPECT_EQ(pac_SetPWMStart(h, pwm_slot, 0x01), 0);
-
-    ASSERT_EQ(pac_ResetModuleWDT(h, dio_slot), 1);
-    EXPECT_EQ(pac_GetModuleWDTStatus(h, dio_slot), 0);
-    EXPECT_EQ(pac_WriteDO_MF(h, dio_slot, 7, 0x01), 1);
-    EXPECT_EQ(pacsim::do_word("COM1", 3), 0x01u);
-}
-
 TEST_F(pacsdkModuleCalls, WatchdogSettingsOutsideTheFieldAreRefused) {
     struct {
         short enabled;
@@ -208,32 +138,6 @@ TEST_F(pacsdkModuleCalls, WatchdogSettingsOutsideTheFieldAreRefused) {
                                       PAC_ERR_IO_VALUE_OUT_OF_RANGE);
     }
     ASSERT_EQ(pac_SetModuleWDTConfig(h, dio_slot, 0, 0, 0), 1);  // disabling needs no timeout
-}
-
-TEST_F(pacsdkModuleCalls, StatusOfAnUnreachableModuleIsZeroWithTheCause) {
-    pacsim::silence("COM1", 3, true);
-    EXPECT_EQ(pac_GetModuleWDTStatus(h, dio_slot), 0);
-    EXPECT_EQ(pac_GetLastError(), PAC_ERR_UART_READ_TIMEOUT);
-    EXPECT_TRUE(logged("pac_GetModuleWDTStatus(port#1, 4099) -> 0"));
-}
-
-TEST_F(pacsdkModuleCalls, DamagedRepliesFailTheCall) {
-    float v;
-    pacsim::cut_next_reply("COM1", 1, 4);
-    EXPECT_EQ(pac_ReadAI(h, ai_slot, 0, 8, &v), 0);
-    EXPECT_EQ(pac_GetLastError(), PAC_ERR_UART_RESPONSE);
-    EXPECT_EQ(dcon_lines().back(), "dcon< >+00");
-
-    pacsim::corrupt_next_reply("COM1", 1);
-    EXPECT_EQ(pac_ReadAI(h, ai_slot, 0, 8, &v), 0);
-    EXPECT_EQ(pac_GetLastError(), PAC_ERR_UART_RESPONSE);
-
-    // A call the module kind does not know goes unanswered.
-    EXPECT_EQ(pac_SetPWMDuty(h, ai_slot, 0, 50.0f), 0);
-    EXPECT_EQ(pac_GetLastError(), PAC_ERR_UART_READ_TIMEOUT);
-
-    ASSERT_EQ(pac_ReadAI(h, ai_slot, 0, 8, &v), 1);
-    EXPECT_FLOAT_EQ(v, 0.5f);
 }
 
 }  // namespace

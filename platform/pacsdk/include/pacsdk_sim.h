@@ -48,8 +48,12 @@ PACSIM_API bool load_rig(const std::string& json_text, std::string* error);
 // word), "power_on" and "safe" (ao: up to 4 volts; dio: the output word).
 // The library starts with the default rig.
 //
-// Simulated time: nothing happens between calls unless advance_ms() is
-// called; a module that does not answer is reported at once.
+// Simulated time moves on with advance_ms() and with every exchange on an
+// emulated line, never by real waiting: each character takes its time at the
+// port's baud rate and data format (a command and a reply of 6 characters
+// each take about 1 ms at 115200 bps, 12.5 ms at 9600), the module acts when
+// the whole command has arrived, and a command nobody answers takes the
+// port's read timeout (300 ms unless uart_SetTimeOut changed it).
 
 // ---- Building a rig in code ------------------------------------------------
 
@@ -85,7 +89,7 @@ PACSIM_API bool power_cycle(const std::string& port, int address);
 
 // ---- Simulated time --------------------------------------------------------
 
-// Moves the clock on. A module whose host watchdog is enabled and was not
+// Moves the clock on (see "Simulated time" above). A module whose host watchdog is enabled and was not
 // refreshed for its timeout sets its timeout flag, drives its safe values
 // (pwm: stops every output) and refuses output writes until "~AA1". PWM
 // bursts end when their pulses are out.

@@ -113,7 +113,7 @@ bool power_cycle(const std::string& port, int address) {
 
 void advance_ms(uint32_t ms) {
     Lock lock(library().mutex);
-    library().advance(ms);
+    library().advance_us(uint64_t{ms} * 1000);
 }
 
 uint64_t now_ms() {

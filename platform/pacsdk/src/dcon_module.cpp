@@ -59,7 +59,7 @@ std::optional<std::string> Module::receive(std::string_view line) {
         line.remove_suffix(2);
     }
     if (line == "~**") {
-        wdt_last_refresh_ = now_;
+        wdt_last_refresh_ = now_us_;
         return std::nullopt;
     }
     if (line.size() >= 3 && line.substr(1, 2) == "**") {
@@ -113,7 +113,7 @@ std::optional<std::string> Module::common_command(char lead, std::string_view re
     }
     if (rest == "1") {
         wdt_timed_out_ = false;
-        wdt_last_refresh_ = now_;
+        wdt_last_refresh_ = now_us_;
         return ok();
     }
     if (rest == "2") return ok((wdt_enabled_ ? "1" : "0") + hex(wdt_timeout_, 2));
@@ -124,7 +124,7 @@ std::optional<std::string> Module::common_command(char lead, std::string_view re
         if (enable && *timeout == 0) return refused();
         wdt_enabled_ = enable;
         wdt_timeout_ = *timeout;
-        wdt_last_refresh_ = now_;
+        wdt_last_refresh_ = now_us_;
         return ok();
     }
     if (rest[0] == 'O') {
@@ -136,9 +136,9 @@ std::optional<std::string> Module::common_command(char lead, std::string_view re
     return std::nullopt;
 }
 
-void Module::advance(uint64_t now_ms) {
-    now_ = now_ms;
-    if (wdt_enabled_ && !wdt_timed_out_ && now_ - wdt_last_refresh_ >= uint64_t{wdt_timeout_} * 100) {
+void Module::advance(uint64_t now_us) {
+    now_us_ = now_us;
+    if (wdt_enabled_ && !wdt_timed_out_ && now_us_ - wdt_last_refresh_ >= uint64_t{wdt_timeout_} * 100'000) {
         wdt_timed_out_ = true;
         on_watchdog_timeout();
     }
@@ -147,7 +147,7 @@ void Module::advance(uint64_t now_ms) {
 
 void Module::power_cycle() {
     reset_status_ = true;
-    wdt_last_refresh_ = now_;
+    wdt_last_refresh_ = now_us_;
     on_power_up();
 }
 

@@ -55,8 +55,8 @@ public:
 
     // One line from the wire, CR removed. The reply with its CR, or nothing.
     std::optional<std::string> receive(std::string_view line);
-    // The clock moved on to now_ms.
-    void advance(uint64_t now_ms);
+    // The clock moved on to now_us (microseconds).
+    void advance(uint64_t now_us);
 
     void set_silent(bool silent) { silent_ = silent; }
     void corrupt_next_reply() { corrupt_next_ = true; }
@@ -80,7 +80,8 @@ protected:
     virtual void on_advance() {}
 
     bool timed_out() const { return wdt_timed_out_; }
-    uint64_t now() const { return now_; }
+    // Milliseconds, with their fraction.
+    double now() const { return static_cast<double>(now_us_) / 1000.0; }
     // "!AA" + data, "?AA".
     std::string ok(std::string_view data = {}) const;
     std::string refused() const;
@@ -101,8 +102,8 @@ private:
     bool wdt_enabled_ = false;
     uint32_t wdt_timeout_ = 0;  // 0.1 s units
     bool wdt_timed_out_ = false;
-    uint64_t wdt_last_refresh_ = 0;
-    uint64_t now_ = 0;
+    uint64_t wdt_last_refresh_ = 0;  // microseconds
+    uint64_t now_us_ = 0;
 };
 
 std::unique_ptr<Module> make_module(Kind kind, int address, const ModuleSetup& setup);

@@ -43,25 +43,26 @@ void CallLog::trace(const std::string& line) const {
 
 Library::Library() : rig_(default_rig()) {}
 
-void Library::advance(uint32_t ms) {
-    now_ += ms;
-    rig_->advance(now_);
+void Library::advance_us(uint64_t us) {
+    now_us_ += us;
+    rig_->advance(now_us_);
 }
 
 void Library::reset(std::unique_ptr<Rig> rig) {
     sessions_.clear();
     next_number_ = 1;
-    now_ = 0;
+    now_us_ = 0;
     rig_ = std::move(rig);
-    rig_->advance(now_);
+    rig_->advance(now_us_);
     log.clear();
 }
 
-PAC_HANDLE Library::add_session(const std::string& name, std::unique_ptr<Port> port) {
+PAC_HANDLE Library::add_session(const LineSettings& line, std::unique_ptr<Port> port) {
     uintptr_t token = next_token.fetch_add(16);
     Session& s = sessions_[token];
     s.number = next_number_++;
-    s.name = name;
+    s.name = line.name;
+    s.line = line;
     s.port = std::move(port);
     return reinterpret_cast<PAC_HANDLE>(token);
 }

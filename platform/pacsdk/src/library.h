@@ -44,6 +44,7 @@ private:
 struct Session {
     int number = 0;  // port#N
     std::string name;
+    LineSettings line;
     std::unique_ptr<Port> port;  // null once closed
     bool checksum = false;
     Timeouts timeouts;
@@ -57,15 +58,17 @@ public:
     CallLog log;
 
     Rig& rig() { return *rig_; }
-    uint64_t now() const { return now_; }
-    void advance(uint32_t ms);
+    // The simulated clock, kept in microseconds so that short exchanges add
+    // up; now() in whole milliseconds.
+    uint64_t now() const { return now_us_ / 1000; }
+    void advance_us(uint64_t us);
 
     // Closes every port, forgets every handle, puts in the given rig and
     // sets the clock to 0.
     void reset(std::unique_ptr<Rig> rig);
 
     // The handle of a newly opened port.
-    PAC_HANDLE add_session(const std::string& name, std::unique_ptr<Port> port);
+    PAC_HANDLE add_session(const LineSettings& line, std::unique_ptr<Port> port);
     // The open port behind a handle; nullptr for NULL, the invalid handle,
     // a value never issued, or a closed port. Never dereferences the value.
     Session* open_session(PAC_HANDLE handle);
@@ -77,7 +80,7 @@ private:
     std::unique_ptr<Rig> rig_;
     std::map<uintptr_t, Session> sessions_;
     int next_number_ = 1;
-    uint64_t now_ = 0;
+    uint64_t now_us_ = 0;
 };
 
 // Created on first use, with the default rig.

@@ -63,9 +63,9 @@ std::optional<std::string> EmulatedLine::deliver(std::string_view frame) {
     return answer;
 }
 
-void EmulatedLine::advance(uint64_t now_ms) {
-    now_ = now_ms;
-    for (auto& [address, module] : modules_) module->advance(now_ms);
+void EmulatedLine::advance(uint64_t now_us) {
+    now_ = now_us;
+    for (auto& [address, module] : modules_) module->advance(now_us);
 }
 
 bool Rig::add_port(const std::string& name) {
@@ -86,9 +86,9 @@ Module* Rig::module(const std::string& port, int address) {
     return l ? l->find(address) : nullptr;
 }
 
-void Rig::advance(uint64_t now_ms) {
-    now_ = now_ms;
-    for (auto& [name, line] : lines_) line->advance(now_ms);
+void Rig::advance(uint64_t now_us) {
+    now_ = now_us;
+    for (auto& [name, line] : lines_) line->advance(now_us);
 }
 
 std::unique_ptr<Port> Rig::open(const LineSettings& settings) {

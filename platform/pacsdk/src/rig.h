@@ -1,5 +1,5 @@
 // The simulated rig: named RS-485 lines, each with DCON modules on it, on a
-// simulated clock.
+// simulated clock (microseconds).
 #pragma once
 
 #include <map>
@@ -26,7 +26,7 @@ public:
     // One frame on the wire. Every module hears it; the reply (with its CR)
     // of the one that answers, if any. A frame without CR is never complete.
     std::optional<std::string> deliver(std::string_view frame);
-    void advance(uint64_t now_ms);
+    void advance(uint64_t now_us);
 
 private:
     std::map<int, std::unique_ptr<Module>> modules_;
@@ -39,7 +39,7 @@ public:
     bool add_port(const std::string& name);
     EmulatedLine* line(const std::string& name);
     Module* module(const std::string& port, int address);
-    void advance(uint64_t now_ms);
+    void advance(uint64_t now_us);
 
     // The emulated line carries every valid setting; only the baud rate can
     // be refused, as a serial driver would.

@@ -13,6 +13,15 @@ uint32_t judge(const std::string& reply, std::string_view lead, uint32_t refusal
     return 0;
 }
 
+// Simulated time of chars characters on the line: each takes a start bit,
+// its data bits, the parity bit if there is one, and the stop bits.
+uint64_t wire_us(const LineSettings& line, std::size_t chars) {
+    const uint64_t bits = 1u + static_cast<uint64_t>(line.data_bits) + (line.parity != 'N' ? 1u : 0u) +
+                          static_cast<uint64_t>(line.stop_bits);
+    const uint64_t baud = line.baud == 0 ? 1 : line.baud;
+    return (chars * bits * 1'000'000 + baud - 1) / baud;
+}
+
 }  // namespace
 
 void set_last_error(uint32_t code) { thread_last_error = code; }
@@ -21,10 +30,18 @@ uint32_t last_error() { return thread_last_error; }
 uint32_t exchange(Session& session, std::string_view command, std::string* reply) {
     std::string line(command);
     if (session.checksum) line += checksum(line);
-    library().log.sent(line);
+    Library& lib = library();
+    lib.log.sent(line);
+    // The module acts once the whole command has arrived; a silent one costs
+    // the read timeout.
+    lib.advance_us(wire_us(session.line, line.size() + 1));
     auto answer = session.port->transact(line + "\r", session.timeouts);
-    if (!answer) return PAC_ERR_UART_READ_TIMEOUT;
-    library().log.received(*answer);
+    if (!answer) {
+        lib.advance_us(uint64_t{session.timeouts.read_total} * 1000);
+        return PAC_ERR_UART_READ_TIMEOUT;
+    }
+    lib.advance_us(wire_us(session.line, answer->size() + 1));
+    lib.log.received(*answer);
     if (session.checksum) {
         if (!checksum_matches(*answer)) return PAC_ERR_UART_CHECKSUM;
         answer->resize(answer->size() - 2);
@@ -37,6 +54,7 @@ void broadcast(Session& session, std::string_view command) {
     std::string line(command);
     if (session.checksum) line += checksum(line);
     library().log.sent(line);
+    library().advance_us(wire_us(session.line, line.size() + 1));
     session.port->send(line + "\r", session.timeouts);
 }
 

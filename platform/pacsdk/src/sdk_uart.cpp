@@ -83,7 +83,7 @@ PACSDK_API PAC_HANDLE uart_Open(const char* connection) {
     } else if (auto port = lib.rig().open(*settings)) {
         // A real serial device would be asked for here when the rig has no
         // port of that name.
-        handle = lib.add_session(settings->name, std::move(port));
+        handle = lib.add_session(*settings, std::move(port));
     } else {
         error = PAC_ERR_UART_OPEN_FAILED;
     }
