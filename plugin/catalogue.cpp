@@ -13,6 +13,7 @@ extern const std::span<const Function> frame;
 extern const std::span<const Function> usb_device;
 extern const std::span<const Function> usb_info;
 extern const std::span<const Function> usb_digital;
+extern const std::span<const Function> usb_analog_output;
 extern const std::span<const Function> com_port;
 extern const std::span<const Function> com_commands;
 }  // namespace groups
@@ -23,6 +24,7 @@ const std::span<const Function>* const all_groups[] = {
     &groups::usb_device,
     &groups::usb_info,
     &groups::usb_digital,
+    &groups::usb_analog_output,
     &groups::com_port,
     &groups::com_commands,
 };
