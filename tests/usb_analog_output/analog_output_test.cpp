@@ -248,6 +248,11 @@ TEST(UsbAnalogOutput, SettingsReadBack) {
     } cases[] = {
         {body(icpusb_ao_settypecodes), ints({0x33, 0x35}), body(icpusb_ao_gettypecode), ints({0x33, 0x35})},
         {body(icpusb_ao_setpoweronenable), ints({0, 1}), body(icpusb_ao_getpoweronenable), ints({0, 1})},
+        // A new range puts the output and its power-on and safety values at
+        // the range's zero level.
+        {body(icpusb_ao_settypecodes), ints({0x31, 0x33}), body(icpusb_ao_readexpvalueanalog), reals({4.0, 0.0})},
+        {body(icpusb_ao_settypecodes), ints({0x31, 0x33}), body(icpusb_ao_getsafetyvalueanalog), reals({4.0, 0.0})},
+        {body(icpusb_ao_settypecodes), ints({0x31, 0x35}), body(icpusb_ao_getpoweronvaluedigital), reals({0.0, 2048.0})},
         // Only the module's outputs are kept.
         {body(icpusb_ao_setchenable), word(0xFFFF), body(icpusb_ao_getchenable), real(3.0)},
         {body(icpusb_ao_setsafetyenable), integer(2), body(icpusb_ao_getsafetyenable), real(2.0)},

@@ -20,6 +20,7 @@ bool type_ok(const Module& m, unsigned, std::uint8_t code) { return supports(m.m
 bool any(const Module&, unsigned, std::uint8_t) { return true; }
 
 double decode(const AoChannel& o, std::uint32_t raw) { return ao_value_from_raw(o.type_code, raw); }
+float zero_value(const AoChannel& o) { return ao_zero_value(o.type_code); }
 std::uint32_t zero_raw(const AoChannel& o) { return ao_raw_from_value(o.type_code, 0.0); }
 
 // What a channel drives: the range's zero level (clamped into the range)
@@ -34,8 +35,15 @@ std::uint32_t current_raw(const Module& m, unsigned ch) {
 
 float current_value(const Module& m, unsigned ch) {
     const AoChannel& o = m.ao[ch];
-    if (!(m.ao_enable & (1u << ch))) return static_cast<float>(decode(o, zero_raw(o)));
+    if (!(m.ao_enable & (1u << ch))) return zero_value(o);
     return o.safe ? o.safety : o.expected;
+}
+
+void command_zero(Module& m, unsigned ch) {
+    AoChannel& o = m.ao[ch];
+    o.raw = zero_raw(o);
+    o.expected = zero_value(o);
+    o.safe = false;
 }
 
 void command_raw(Module& m, unsigned ch, std::uint32_t raw) {
@@ -52,14 +60,14 @@ void command_analog(Module& m, unsigned ch, float v) {
     o.safe = false;
 }
 
-// A new range: the output goes to its zero level; power-on and safety codes
-// are kept and read in the new range.
+// A new range puts the output, its power-on value and its safety value at
+// the range's zero level.
 void set_type(Module& m, unsigned ch, std::uint8_t code) {
     AoChannel& o = m.ao[ch];
     o.type_code = code;
-    command_raw(m, ch, zero_raw(o));
-    o.power_on = static_cast<float>(decode(o, o.power_on_raw));
-    o.safety = static_cast<float>(decode(o, o.safety_raw));
+    command_zero(m, ch);
+    o.power_on_raw = o.safety_raw = o.raw;
+    o.power_on = o.safety = o.expected;
 }
 
 // Mask setters and getters over the 2-byte array.

@@ -25,6 +25,11 @@ unsigned total(const Module& m, Group g) {
     return 0;
 }
 
+float ao_zero_value(std::uint8_t type_code) {
+    auto r = ao_range(type_code);
+    return r ? static_cast<float>(std::clamp(0.0, r->low, r->high)) : 0.0f;
+}
+
 void load_defaults(Module& m) {
     const Model& md = *m.model;
     m.soft_wdt_timeout_ms = 1000;
@@ -44,7 +49,7 @@ void load_defaults(Module& m) {
         o.type_code = md.ao_default_type;
         o.power_on_enable = 0;
         o.power_on_raw = i < md.ao ? ao_raw_from_value(o.type_code, 0.0) : 0;
-        o.power_on = i < md.ao ? static_cast<float>(ao_value_from_raw(o.type_code, o.power_on_raw)) : 0.0f;
+        o.power_on = i < md.ao ? ao_zero_value(o.type_code) : 0.0f;
         o.safety_raw = o.power_on_raw;
         o.safety = o.power_on;
         PiChannel& p = m.pi[i];
@@ -77,7 +82,7 @@ void power_up(Module& m) {
             o.expected = o.power_on;
         } else {
             o.raw = ao_raw_from_value(o.type_code, 0.0);
-            o.expected = static_cast<float>(ao_value_from_raw(o.type_code, o.raw));
+            o.expected = ao_zero_value(o.type_code);
         }
     }
     for (auto& p : m.pi) {
