@@ -125,7 +125,7 @@ struct AiChannel {
 // drives: while enabled it follows the command, until the software watchdog
 // expires with its safety enable set; it then drives its safety value until
 // the next command. Power-on and safety values are kept as written, code and
-// value alike.
+// value alike; a new type code puts all three at its range's zero level.
 struct AoChannel {
     std::uint8_t type_code = 0;
     std::uint32_t raw = 0;    // the output code (expected digital value)
