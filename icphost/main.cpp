@@ -82,6 +82,28 @@ private:
     bool on_;
 };
 
+// "SIM_Wait(ms)": scripts let simulated time pass (software watchdogs expire,
+// pulse inputs count at their frequency). It is the host's, not the
+// plug-in's, so it is offered to scripts only.
+using icphost::nvValue;
+
+nvValue sim_wait(const nvValue& ms) {
+    if (!ms.isUnsignedInteger()) return nvValue();
+    usbsim::advance_ms(ms.toUnsignedInt());
+    pacsim::advance_ms(ms.toUnsignedInt());
+    return nvValue(NuvarelMath::ValueTypes::nvBoolean(true));
+}
+
+icphost::ScriptFunction sim_wait_function() {
+    icphost::ScriptFunction f;
+    f.export_name = "icphost_sim_wait";
+    f.name = "SIM_Wait";
+    f.help = {"Let the simulated clock of the USB and serial modules run on", "Boolean",
+              "Integer. Milliseconds"};
+    f.entry = reinterpret_cast<icphost::ScriptFunction::Entry>(&sim_wait);
+    return f;
+}
+
 std::string join(const std::vector<std::string>& parts, const char* separator) {
     std::string out;
     for (std::size_t i = 0; i < parts.size(); ++i) out += (i ? separator : "") + parts[i];
@@ -180,7 +202,9 @@ int main(int argc, char** argv) {
     }
 
     const TraceGuard guard(trace);
-    icphost::Interpreter interpreter(functions, std::cout, std::cerr);
+    std::vector<icphost::ScriptFunction> offered(functions.begin(), functions.end());
+    offered.push_back(sim_wait_function());
+    icphost::Interpreter interpreter(offered, std::cout, std::cerr);
     if (run_cmd->parsed()) {
         interpreter.run(script_path, script);
     } else {

@@ -14,6 +14,7 @@ extern const std::span<const Function> usb_device;
 extern const std::span<const Function> usb_info;
 extern const std::span<const Function> usb_digital;
 extern const std::span<const Function> usb_analog_input;
+extern const std::span<const Function> usb_analog_output;
 extern const std::span<const Function> usb_pulse;
 extern const std::span<const Function> com_port;
 extern const std::span<const Function> com_commands;
@@ -29,6 +30,7 @@ const std::span<const Function>* const all_groups[] = {
     &groups::usb_info,
     &groups::usb_digital,
     &groups::usb_analog_input,
+    &groups::usb_analog_output,
     &groups::usb_pulse,
     &groups::com_port,
     &groups::com_commands,

@@ -121,13 +121,21 @@ struct AiChannel {
     bool open_wire = false;
 };
 
+// An output keeps what was commanded (code and value) apart from what it
+// drives: while enabled it follows the command, until the software watchdog
+// expires with its safety enable set; it then drives its safety value until
+// the next command. Power-on and safety values are kept as written, code and
+// value alike; a new type code puts all three at its range's zero level.
 struct AoChannel {
     std::uint8_t type_code = 0;
     std::uint32_t raw = 0;    // the output code (expected digital value)
     float expected = 0.0f;    // the value last commanded
+    bool safe = false;        // driving the safety value
     std::uint8_t power_on_enable = 0;
     std::uint32_t power_on_raw = 0;
+    float power_on = 0.0f;
     std::uint32_t safety_raw = 0;
+    float safety = 0.0f;
 };
 
 struct PiChannel {

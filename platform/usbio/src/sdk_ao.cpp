@@ -20,29 +20,54 @@ bool type_ok(const Module& m, unsigned, std::uint8_t code) { return supports(m.m
 bool any(const Module&, unsigned, std::uint8_t) { return true; }
 
 double decode(const AoChannel& o, std::uint32_t raw) { return ao_value_from_raw(o.type_code, raw); }
+float zero_value(const AoChannel& o) { return ao_zero_value(o.type_code); }
+std::uint32_t zero_raw(const AoChannel& o) { return ao_raw_from_value(o.type_code, 0.0); }
 
-// The output of a channel: its code while enabled, the range's zero level
-// (clamped into the range) while disabled.
+// What a channel drives: the range's zero level (clamped into the range)
+// while disabled, its safety value after the watchdog expired, else its
+// command. The read-back reports the commanded value itself, not its code
+// decoded again.
 std::uint32_t current_raw(const Module& m, unsigned ch) {
     const AoChannel& o = m.ao[ch];
-    return (m.ao_enable & (1u << ch)) ? o.raw : ao_raw_from_value(o.type_code, 0.0);
+    if (!(m.ao_enable & (1u << ch))) return zero_raw(o);
+    return o.safe ? o.safety_raw : o.raw;
+}
+
+float current_value(const Module& m, unsigned ch) {
+    const AoChannel& o = m.ao[ch];
+    if (!(m.ao_enable & (1u << ch))) return zero_value(o);
+    return o.safe ? o.safety : o.expected;
+}
+
+void command_zero(Module& m, unsigned ch) {
+    AoChannel& o = m.ao[ch];
+    o.raw = zero_raw(o);
+    o.expected = zero_value(o);
+    o.safe = false;
 }
 
 void command_raw(Module& m, unsigned ch, std::uint32_t raw) {
     AoChannel& o = m.ao[ch];
     o.raw = raw;
     o.expected = static_cast<float>(decode(o, raw));
+    o.safe = false;
 }
 
 void command_analog(Module& m, unsigned ch, float v) {
     AoChannel& o = m.ao[ch];
     o.raw = ao_raw_from_value(o.type_code, static_cast<double>(v));
     o.expected = v;
+    o.safe = false;
 }
 
+// A new range puts the output, its power-on value and its safety value at
+// the range's zero level.
 void set_type(Module& m, unsigned ch, std::uint8_t code) {
-    m.ao[ch].type_code = code;
-    command_raw(m, ch, ao_raw_from_value(code, 0.0));
+    AoChannel& o = m.ao[ch];
+    o.type_code = code;
+    command_zero(m, ch);
+    o.power_on_raw = o.safety_raw = o.raw;
+    o.power_on = o.safety = o.expected;
 }
 
 // Mask setters and getters over the 2-byte array.
@@ -116,13 +141,21 @@ USBIO_API int32_t AO_GetPowerOnEnable(USBIO_HANDLE h, uint8_t enables[16]) {
 }
 
 namespace {
-void power_on_raw(Module& m, unsigned ch, std::uint32_t v) { m.ao[ch].power_on_raw = v; }
+void power_on_raw(Module& m, unsigned ch, std::uint32_t v) {
+    m.ao[ch].power_on_raw = v;
+    m.ao[ch].power_on = static_cast<float>(decode(m.ao[ch], v));
+}
 void power_on_analog(Module& m, unsigned ch, float v) {
     m.ao[ch].power_on_raw = ao_raw_from_value(m.ao[ch].type_code, static_cast<double>(v));
+    m.ao[ch].power_on = v;
 }
-void safety_raw(Module& m, unsigned ch, std::uint32_t v) { m.ao[ch].safety_raw = v; }
+void safety_raw(Module& m, unsigned ch, std::uint32_t v) {
+    m.ao[ch].safety_raw = v;
+    m.ao[ch].safety = static_cast<float>(decode(m.ao[ch], v));
+}
 void safety_analog(Module& m, unsigned ch, float v) {
     m.ao[ch].safety_raw = ao_raw_from_value(m.ao[ch].type_code, static_cast<double>(v));
+    m.ao[ch].safety = v;
 }
 }  // namespace
 
@@ -150,7 +183,7 @@ USBIO_API int32_t AO_GetPowerOnValueDigital(USBIO_HANDLE h, uint32_t values[16])
 
 USBIO_API int32_t AO_GetPowerOnValueAnalog(USBIO_HANDLE h, float values[16]) {
     return read_channels("AO_GetPowerOnValueAnalog", h, Group::AO, values,
-                         [](const Module& m, unsigned ch) { return decode(m.ao[ch], m.ao[ch].power_on_raw); });
+                         [](const Module& m, unsigned ch) { return m.ao[ch].power_on; });
 }
 
 USBIO_API int32_t AO_SetSafetyEnable(USBIO_HANDLE h, const uint8_t mask[2]) {
@@ -184,7 +217,7 @@ USBIO_API int32_t AO_GetSafetyValueDigital(USBIO_HANDLE h, uint32_t values[16]) 
 
 USBIO_API int32_t AO_GetSafetyValueAnalog(USBIO_HANDLE h, float values[16]) {
     return read_channels("AO_GetSafetyValueAnalog", h, Group::AO, values,
-                         [](const Module& m, unsigned ch) { return decode(m.ao[ch], m.ao[ch].safety_raw); });
+                         [](const Module& m, unsigned ch) { return m.ao[ch].safety; });
 }
 
 USBIO_API int32_t AO_GetTotalSupportType(USBIO_HANDLE h, uint8_t counts[64]) {
@@ -221,8 +254,7 @@ USBIO_API int32_t AO_ReadCurValueDigital(USBIO_HANDLE h, uint32_t values[16]) {
 }
 
 USBIO_API int32_t AO_ReadCurValueAnalog(USBIO_HANDLE h, float values[16]) {
-    return read_channels("AO_ReadCurValueAnalog", h, Group::AO, values,
-                         [](const Module& m, unsigned ch) { return decode(m.ao[ch], current_raw(m, ch)); });
+    return read_channels("AO_ReadCurValueAnalog", h, Group::AO, values, current_value);
 }
 
 }  // extern "C"

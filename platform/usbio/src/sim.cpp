@@ -25,6 +25,11 @@ unsigned total(const Module& m, Group g) {
     return 0;
 }
 
+float ao_zero_value(std::uint8_t type_code) {
+    auto r = ao_range(type_code);
+    return r ? static_cast<float>(std::clamp(0.0, r->low, r->high)) : 0.0f;
+}
+
 void load_defaults(Module& m) {
     const Model& md = *m.model;
     m.soft_wdt_timeout_ms = 1000;
@@ -44,7 +49,9 @@ void load_defaults(Module& m) {
         o.type_code = md.ao_default_type;
         o.power_on_enable = 0;
         o.power_on_raw = i < md.ao ? ao_raw_from_value(o.type_code, 0.0) : 0;
+        o.power_on = i < md.ao ? ao_zero_value(o.type_code) : 0.0f;
         o.safety_raw = o.power_on_raw;
+        o.safety = o.power_on;
         PiChannel& p = m.pi[i];
         p.type_code = md.pi_default_type;
         p.trigger_mode = 0;
@@ -69,8 +76,14 @@ void power_up(Module& m) {
     m.di_counters.fill(0);
     for (unsigned ch = 0; ch < md.ao; ++ch) {
         AoChannel& o = m.ao[ch];
-        o.raw = o.power_on_enable ? o.power_on_raw : ao_raw_from_value(o.type_code, 0.0);
-        o.expected = static_cast<float>(ao_value_from_raw(o.type_code, o.raw));
+        o.safe = false;
+        if (o.power_on_enable) {
+            o.raw = o.power_on_raw;
+            o.expected = o.power_on;
+        } else {
+            o.raw = ao_raw_from_value(o.type_code, 0.0);
+            o.expected = ao_zero_value(o.type_code);
+        }
     }
     for (auto& p : m.pi) {
         p.count = 0;
@@ -84,12 +97,8 @@ void apply_safety(Module& m) {
     const Model& md = *m.model;
     std::uint32_t en = m.do_safety_enable & bits(md.do_);
     m.do_word = (m.do_word & ~en) | (m.do_safety_value & en);
-    for (unsigned ch = 0; ch < md.ao; ++ch) {
-        if (!(m.ao_safety_enable & (1u << ch))) continue;
-        AoChannel& o = m.ao[ch];
-        o.raw = o.safety_raw;
-        o.expected = static_cast<float>(ao_value_from_raw(o.type_code, o.raw));
-    }
+    for (unsigned ch = 0; ch < md.ao; ++ch)
+        if (m.ao_safety_enable & (1u << ch)) m.ao[ch].safe = true;
 }
 
 void drive_di(Module& m, std::uint32_t word) {

@@ -47,6 +47,8 @@ unsigned total(const Module& m, Group g);
 void load_defaults(Module& m);
 // Power-on: outputs to their power-on state, counters and statuses to 0.
 void power_up(Module& m);
+// An AO range's zero level, clamped into the range (4 mA for 4-20 mA).
+float ao_zero_value(std::uint8_t type_code);
 // Applies the safety values of DO and AO.
 void apply_safety(Module& m);
 // Counts pulses on a PI channel according to its mode and trigger.
