@@ -398,7 +398,7 @@ std::size_t Interpreter::run(std::string_view source, std::string_view text) {
         ++number;
         try {
             if (const std::size_t nul = line.find('\0'); nul != std::string_view::npos)
-                throw Fault("a NUL byte at column " + std::to_string(nul + 1) + "; a script is text");
+                throw Fault("a NUL byte at column " + std::to_string(nul + 1));
             auto st = Parser(line, by_length_, variables_).statement();
             if (!st) continue;
             int depth = 0;

@@ -75,7 +75,7 @@ TEST_F(pacsdkRig, HostileTextIsRefusedWithOneLineError) {
         {"{\"usb\": [], \"x\": 1e400}", "line 1: number out of range: 1e400"},
         {"{\"serial\": [],\n \"x\": " + deep + "}", "line 2: arrays and objects nested deeper than 256"},
         {"{\"serial\": [{\"port\":\n \"COM1" + std::string(1, '\0') + "\"}]}",
-         "line 2: a NUL byte; a rig is JSON text"},
+         "line 2: a NUL byte in the text"},
         {"{\"serial\": [{\"port\": \"" + std::string(100000, 'C') + "\"}]}",
          "line 1: \"port\" must be a name COM1 to COM255"},
         {"{\"serial\": [{\"port\": \"" + std::string(100000, 'C') + "\x01\"}]}",

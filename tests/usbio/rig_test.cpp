@@ -91,8 +91,8 @@ TEST_F(usbioRig, HostileTextIsRefusedWithOneLineError) {
         {"{\"usb\": [], \"x\": -" + std::string(400, '9') + "}",
          "line 1: number out of range: -" + std::string(63, '9') + "..."},
         {"{\"usb\": [],\n\n \"x\": " + deep + "}", "line 3: arrays and objects nested deeper than 256"},
-        {"{\"usb\": []}\n" + std::string(1, '\0') + "{", "line 2: a NUL byte; a rig is JSON text"},
-        {"{\"usb\": [], \"x\": \"a" + std::string(1, '\0') + "\"}", "line 1: a NUL byte; a rig is JSON text"},
+        {"{\"usb\": []}\n" + std::string(1, '\0') + "{", "line 2: a NUL byte in the text"},
+        {"{\"usb\": [], \"x\": \"a" + std::string(1, '\0') + "\"}", "line 1: a NUL byte in the text"},
         {"{\"usb\": [{\"board\": 1,\n \"model\": \"" + name + "\"}]}",
          "line 2: unknown model \"" + name.substr(0, 64) + "...\""},
         {"{\"usb\": [{\"model\": \"" + name, "line 1: syntax error while parsing value - invalid string: "

@@ -102,7 +102,7 @@ inline std::string parse_message(const std::string& what) {
 inline std::optional<std::string> rig_text_fault(std::string_view t) {
     std::size_t line = 1;
     auto fault = [&](const std::string& message) { return "line " + std::to_string(line) + ": " + message; };
-    const std::string nul = "a NUL byte; a rig is JSON text";
+    const std::string nul = "a NUL byte in the text";
     int depth = 0;
     for (std::size_t i = 0; i < t.size(); ++i) {
         const char c = t[i];
