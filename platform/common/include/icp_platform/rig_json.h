@@ -76,12 +76,13 @@ inline std::string key_text(std::string_view quoted_key) {
     }
 }
 
-// The part of a parser message after its position, with the text it quotes
-// ("last read: '...'") clipped.
+// The part of a parser message after its position (or its exception name),
+// with the text it quotes ("last read: '...'") clipped.
 inline std::string parse_message(const std::string& what) {
     std::size_t at = what.find("column ");
-    at = what.find(": ", at == std::string::npos ? 0 : at);
-    std::string message = at == std::string::npos ? what : what.substr(at + 2);
+    if (at != std::string::npos) at = what.find(": ", at);
+    std::size_t cut = at == std::string::npos ? what.find("] ") : at;
+    std::string message = cut == std::string::npos ? what : what.substr(cut + 2);
     const std::string lead = "last read: '";
     const std::size_t first = message.find(lead);
     if (first == std::string::npos) return message;
