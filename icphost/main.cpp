@@ -16,6 +16,7 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <icp_platform/format.h>
 
 #include "icphost/listing.h"
 #include "icphost/plugin.h"
@@ -194,7 +195,7 @@ int main(int argc, char** argv) {
         const std::string name = join(help_words, " ");
         const auto* f = icphost::find_function(functions, name);
         if (f == nullptr) {
-            std::cerr << "icphost: unknown function '" << name << "'\n";
+            std::cerr << "icphost: unknown function '" << icp_platform::clip(name) << "'\n";
             return kStatementFailed;
         }
         icphost::print_help(std::cout, *f);

@@ -9,12 +9,14 @@
 #include <stdexcept>
 #include <utility>
 
+#include <icp_platform/format.h>
+
 namespace icphost {
 
 namespace {
 
 using namespace NuvarelMath::ValueTypes;
-using Variables = std::map<std::string, nvValue, std::less<>>;
+using Variables = std::map<std::string, Interpreter::Variable, std::less<>>;
 
 struct Fault : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -33,6 +35,13 @@ struct Statement {
     std::string target;  // empty: print the value
     Expr expr;
 };
+
+// Brackets and calls nest at most this deep in a line, and vectors in a
+// value: the parser, the evaluator and the printer recurse once per level.
+constexpr int max_nesting = 256;
+const std::string nesting_limit = std::to_string(max_nesting);
+
+std::string quoted(std::string_view text) { return "'" + icp_platform::clip(text) + "'"; }
 
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
@@ -78,7 +87,7 @@ public:
         if (is_name_start(s_[p_])) {
             std::string id = name();
             if (next() == '=') {
-                if (is_keyword(id)) throw Fault("cannot assign to '" + id + "'");
+                if (is_keyword(id)) throw Fault("cannot assign to " + quoted(id));
                 ++p_;
                 st.target = std::move(id);
             } else {
@@ -151,7 +160,7 @@ private:
             while (is_blank(at(q))) ++q;
             if (at(q) == '(') {
                 const std::string called(s_.substr(start, words_end - start));
-                throw Fault("unknown function '" + called + "'" + suggestion(called));
+                throw Fault("unknown function " + quoted(called) + suggestion(called));
             }
             if (!is_name_start(at(q))) break;
             while (is_name_char(at(q))) ++q;
@@ -165,7 +174,7 @@ private:
                 if (f->name == id)
                     throw Fault("unknown variable '" + id + "' (a function: call it as " + id + "())");
             }
-            throw Fault("unknown variable '" + id + "'");
+            throw Fault("unknown variable " + quoted(id));
         }
         Expr e;
         e.kind = Expr::Kind::Variable;
@@ -185,10 +194,12 @@ private:
     // Expressions separated by commas up to `close`; the opening bracket is
     // at the current position.
     std::vector<Expr> list(char close, const std::string& where) {
+        if (++depth_ > max_nesting) throw Fault("brackets and calls nested deeper than " + nesting_limit);
         ++p_;
         std::vector<Expr> items;
         if (next() == close) {
             ++p_;
+            --depth_;
             return items;
         }
         for (;;) {
@@ -198,7 +209,10 @@ private:
                 throw Fault(std::string("expected ',' or '") + close + "' in " + where +
                             ", found " + found());
             ++p_;
-            if (c == close) return items;
+            if (c == close) {
+                --depth_;
+                return items;
+            }
         }
     }
 
@@ -278,11 +292,11 @@ private:
         }
         if (digits == 0 || is_name_char(at(p_)) || at(p_) == '.') {
             while (is_name_char(at(p_)) || at(p_) == '.') ++p_;
-            throw Fault("malformed number '" + std::string(s_.substr(start, p_ - start)) + "'");
+            throw Fault("malformed number " + quoted(s_.substr(start, p_ - start)));
         }
         const char* first = s_.data() + start;
         const char* last = s_.data() + p_;
-        const std::string text(first, last);
+        const std::string text = icp_platform::clip(std::string_view(first, last));
         if (real) {
             double x = 0;
             const auto r = std::from_chars(first, last, x);
@@ -302,25 +316,56 @@ private:
 
     std::string_view s_;
     std::size_t p_ = 0;
+    int depth_ = 0;  // brackets and calls open at p_
     const std::vector<const ScriptFunction*>& functions_;
     const Variables& variables_;
 };
 
-nvValue evaluate(const Expr& e, const Variables& variables) {
+// How deep vectors nest in v, counted up to limit + 1 levels: for what a
+// function returns, which may hold any value it was given.
+int nesting(const nvValue& v, int limit) {
+    if (v.kind() != nvValue::Kind::Vector) return 0;
+    int deepest = 0;
+    for (unsigned i = 0; i < v.size() && limit > 0 && deepest < limit; ++i)
+        deepest = std::max(deepest, nesting(v.value(i), limit - 1));
+    return 1 + deepest;
+}
+
+// The value of e, and in *depth how deep vectors nest in it. Variables let
+// a value grow a level a line, so the depth is bounded here as well as in
+// the parser.
+nvValue evaluate(const Expr& e, const Variables& variables, int* depth) {
+    *depth = 0;
     switch (e.kind) {
         case Expr::Kind::Literal: return e.value;
-        case Expr::Kind::Variable: return variables.find(e.name)->second;
+        case Expr::Kind::Variable: {
+            const auto& variable = variables.find(e.name)->second;
+            *depth = variable.depth;
+            return variable.value;
+        }
         case Expr::Kind::Vector: {
             nvVector v(static_cast<unsigned>(e.items.size()), false, true, false);
-            for (std::size_t i = 0; i < e.items.size(); ++i)
-                v.setValue(evaluate(e.items[i], variables), static_cast<unsigned>(i));
+            int deepest = 0;
+            for (std::size_t i = 0; i < e.items.size(); ++i) {
+                int item_depth = 0;
+                v.setValue(evaluate(e.items[i], variables, &item_depth), static_cast<unsigned>(i));
+                deepest = std::max(deepest, item_depth);
+            }
+            *depth = 1 + deepest;
+            if (*depth > max_nesting) throw Fault("a value with vectors nested deeper than " + nesting_limit);
             return v;
         }
         case Expr::Kind::Call: {
             std::vector<nvValue> args;
-            for (const auto& item : e.items) args.push_back(evaluate(item, variables));
+            int ignored = 0;
+            for (const auto& item : e.items) args.push_back(evaluate(item, variables, &ignored));
             try {
-                return invoke(*e.function, args);
+                nvValue result = invoke(*e.function, args);
+                *depth = nesting(result, max_nesting);
+                if (*depth > max_nesting) throw Fault("a value with vectors nested deeper than " + nesting_limit);
+                return result;
+            } catch (const Fault&) {
+                throw;
             } catch (const std::exception& x) {
                 throw Fault("'" + e.function->name + "' failed: " + x.what());
             } catch (...) {
@@ -352,13 +397,16 @@ std::size_t Interpreter::run(std::string_view source, std::string_view text) {
         if (line.ends_with('\r')) line.remove_suffix(1);
         ++number;
         try {
+            if (const std::size_t nul = line.find('\0'); nul != std::string_view::npos)
+                throw Fault("a NUL byte at column " + std::to_string(nul + 1));
             auto st = Parser(line, by_length_, variables_).statement();
             if (!st) continue;
-            nvValue value = evaluate(st->expr, variables_);
+            int depth = 0;
+            nvValue value = evaluate(st->expr, variables_, &depth);
             if (st->target.empty()) {
                 out_ << value.repr() << '\n' << std::flush;
             } else {
-                variables_.insert_or_assign(std::move(st->target), std::move(value));
+                variables_.insert_or_assign(std::move(st->target), Variable{std::move(value), depth});
             }
         } catch (const std::exception& e) {
             ++failed;

@@ -43,9 +43,15 @@ public:
     // Whether a line of any run failed.
     bool failed() const { return failures_ > 0; }
 
+    // A variable's value and how deep vectors nest in it.
+    struct Variable {
+        nvValue value;
+        int depth = 0;
+    };
+
 private:
     std::vector<const ScriptFunction*> by_length_;  // longest name first
-    std::map<std::string, nvValue, std::less<>> variables_;
+    std::map<std::string, Variable, std::less<>> variables_;
     std::ostream& out_;
     std::ostream& err_;
     std::size_t failures_ = 0;

@@ -183,6 +183,53 @@ TEST(Script, FaultsNameTheirLineAndTheRunGoesOn) {
     });
 }
 
+std::string repeat(const std::string& s, std::size_t n) {
+    std::string out;
+    for (std::size_t i = 0; i < n; ++i) out += s;
+    return out;
+}
+
+// Lines of any length and nesting fail alone, with a one-line message of
+// bounded length, and the next line still runs.
+TEST(Script, HostileLinesFailAloneWithAShortMessage) {
+    const std::string name(100000, 'A');
+    const std::string clipped = std::string(64, 'A') + "...";
+    std::string growing = "x = []\n";
+    for (int i = 0; i < 256; ++i) growing += "x = [x]\n";
+    struct {
+        std::string line;
+        std::string err;
+    } const cases[] = {
+        {repeat("[", 257) + repeat("]", 257), "t.icp:1: brackets and calls nested deeper than 256\n"},
+        {repeat("Echo(", 9000) + "1" + repeat(")", 9000), "t.icp:1: brackets and calls nested deeper than 256\n"},
+        {repeat("[Echo(", 100000), "t.icp:1: brackets and calls nested deeper than 256\n"},
+        {std::string("Count()\0Fail()", 14), "t.icp:1: a NUL byte at column 8\n"},
+        {std::string("\0", 1), "t.icp:1: a NUL byte at column 1\n"},
+        {name + "()", "t.icp:1: unknown function '" + clipped + "'\n"},
+        {name + " " + name + "(1)", "t.icp:1: unknown function '" + clipped + "'\n"},
+        {name, "t.icp:1: unknown variable '" + clipped + "'\n"},
+        {"1" + name, "t.icp:1: malformed number '1" + clipped.substr(1) + "'\n"},
+        {"1" + std::string(100000, '0'), "t.icp:1: integer out of the 64-bit range: 1" + std::string(63, '0') + "...\n"},
+        {"1" + std::string(400, '0') + ".0", "t.icp:1: real out of range: 1" + std::string(63, '0') + "...\n"},
+        {"Echo(\"" + name + "\", 1)", "t.icp:1: 'Echo' takes 1 argument, 2 given\n"},
+        // A value grows a level a line through a variable.
+        {growing + "x = 0", "t.icp:257: a value with vectors nested deeper than 256\n"},
+        {growing.substr(0, growing.rfind("x = ")) + "[Echo(x)]",
+         "t.icp:257: a value with vectors nested deeper than 256\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.err);
+        const auto r = run(c.line + "\nAnswer()");
+        EXPECT_EQ(r.err, c.err);
+        EXPECT_EQ(r.out, "42\n");
+        EXPECT_EQ(calls, 0);
+    }
+    // The deepest nesting allowed still runs.
+    const auto r = run(repeat("[", 255) + "Echo(1)" + repeat("]", 255));
+    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(r.out, repeat("[", 255) + "1" + repeat("]", 255) + "\n");
+}
+
 TEST(Script, VariablesLiveFromOneRunToTheNext) {
     std::ostringstream out, err;
     icphost::Interpreter interpreter(functions, out, err);

@@ -64,6 +64,34 @@ INSTANTIATE_TEST_SUITE_P(
 
 using pacsdkRig = SimTest;
 
+// Text the JSON parser alone would abort on, stop early at, or spend
+// memory and stack on level by level; the default rig stays.
+TEST_F(pacsdkRig, HostileTextIsRefusedWithOneLineError) {
+    const std::string deep = std::string(100000, '{') + std::string(100000, '}');
+    struct {
+        std::string text;
+        std::string error;
+    } const cases[] = {
+        {"{\"usb\": [], \"x\": 1e400}", "line 1: number out of range: 1e400"},
+        {"{\"serial\": [],\n \"x\": " + deep + "}", "line 2: arrays and objects nested deeper than 256"},
+        {"{\"serial\": [{\"port\":\n \"COM1" + std::string(1, '\0') + "\"}]}",
+         "line 2: a NUL byte in the text"},
+        {"{\"serial\": [{\"port\": \"" + std::string(100000, 'C') + "\"}]}",
+         "line 1: \"port\" must be a name COM1 to COM255"},
+        {"{\"serial\": [{\"port\": \"" + std::string(100000, 'C') + "\x01\"}]}",
+         "line 1: syntax error while parsing value - invalid string: control character U+0001 (SOH) must be "
+         "escaped to \\u0001; last read: '\"" + std::string(63, 'C') + "...'"},
+    };
+    for (const auto& c : cases) {
+        std::string error;
+        EXPECT_FALSE(pacsim::load_rig(c.text, &error));
+        EXPECT_EQ(error, c.error);
+    }
+    PAC_HANDLE h = open();
+    float v = 0;
+    EXPECT_EQ(pac_ReadAI(h, ai_slot, 1, 8, &v), 1);
+}
+
 TEST_F(pacsdkRig, LoadsPortsModulesAndInitialValues) {
     const char* text = R"({
       "usb": [{"model": "USB2019", "board": 1}],

@@ -1,6 +1,5 @@
 // Reading the "serial" part of a rig file.
-#include <algorithm>
-#include <map>
+#include <icp_platform/rig_json.h>
 #include <nlohmann/json.hpp>
 
 #include "rig.h"
@@ -9,96 +8,11 @@ namespace pacsdk {
 
 namespace {
 
-// The line on which each value of a JSON text starts, by path
-// ("/serial/0/modules/1/kind"), so that a fault found after parsing can be
-// told by line. Runs over text that the JSON parser accepted.
-class LineIndex {
-public:
-    explicit LineIndex(std::string_view text) : text_(text) {
-        if (text_.substr(0, 3) == "\xEF\xBB\xBF") pos_ = 3;
-        value("");
-    }
-
-    // The line of path, or of its nearest enclosing value that has one.
-    int line_of(std::string path) const {
-        for (;;) {
-            auto it = lines_.find(path);
-            if (it != lines_.end()) return it->second;
-            if (path.empty()) return 1;
-            path.erase(path.rfind('/'));
-        }
-    }
-
-private:
-    bool more() const { return pos_ < text_.size(); }
-    char peek() const { return more() ? text_[pos_] : '\0'; }
-
-    void skip_space() {
-        while (more() && (peek() == ' ' || peek() == '\t' || peek() == '\r' || peek() == '\n')) {
-            if (peek() == '\n') ++line_;
-            ++pos_;
-        }
-    }
-
-    // At the opening quote; the raw text between the quotes.
-    std::string string() {
-        ++pos_;
-        std::string out;
-        while (more() && peek() != '"') {
-            if (peek() == '\\') out += text_[pos_++];
-            if (more()) out += text_[pos_++];
-        }
-        ++pos_;
-        return out;
-    }
-
-    void value(const std::string& path) {
-        skip_space();
-        lines_[path] = line_;
-        char c = peek();
-        if (c == '{' || c == '[') {
-            ++pos_;
-            for (int index = 0; more(); ++index) {
-                skip_space();
-                if (peek() == '}' || peek() == ']') break;
-                if (c == '{') {
-                    std::string key = string();
-                    skip_space();
-                    ++pos_;  // ':'
-                    value(path + "/" + key);
-                } else {
-                    value(path + "/" + std::to_string(index));
-                }
-                skip_space();
-                if (peek() != ',') break;
-                ++pos_;
-            }
-            ++pos_;  // '}' or ']'
-        } else if (c == '"') {
-            string();
-        } else {
-            while (more() && std::string_view(",]} \t\r\n").find(peek()) == std::string_view::npos) ++pos_;
-        }
-    }
-
-    std::string_view text_;
-    std::size_t pos_ = 0;
-    int line_ = 1;
-    std::map<std::string, int> lines_;
-};
-
 using nlohmann::json;
-
-// The part of a parser message after its position.
-std::string parse_message(const std::string& what) {
-    std::size_t at = what.find("column ");
-    at = what.find(": ", at == std::string::npos ? 0 : at);
-    return at == std::string::npos ? what : what.substr(at + 2);
-}
 
 class RigReader {
 public:
-    RigReader(const std::string& text, std::string* error) : lines_(text), error_(error) {}
+    RigReader(const std::string& text, std::string* error) : text_(text), error_(error) {}
 
     std::unique_ptr<Rig> read(const json& doc) {
         if (!doc.is_object()) {
@@ -120,7 +34,7 @@ public:
 private:
     // Always false, for "return fail(...)".
     bool fail(const std::string& path, const std::string& what) {
-        if (error_) *error_ = "line " + std::to_string(lines_.line_of(path)) + ": " + what;
+        if (error_) *error_ = "line " + std::to_string(icp_platform::rig_line_of(text_, path)) + ": " + what;
         return false;
     }
 
@@ -215,23 +129,16 @@ private:
         return true;
     }
 
-    LineIndex lines_;
+    const std::string& text_;
     std::string* error_;
 };
 
 }  // namespace
 
 std::unique_ptr<Rig> rig_from_json(const std::string& text, std::string* error) {
-    json doc;
-    try {
-        doc = json::parse(text);
-    } catch (const json::parse_error& e) {
-        std::size_t end = std::min<std::size_t>(e.byte > 0 ? e.byte - 1 : 0, text.size());
-        auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end), '\n');
-        if (error) *error = "line " + std::to_string(line) + ": " + parse_message(e.what());
-        return nullptr;
-    }
-    return RigReader(text, error).read(doc);
+    auto doc = icp_platform::parse_rig_json(text, error);
+    if (!doc) return nullptr;
+    return RigReader(text, error).read(*doc);
 }
 
 }  // namespace pacsdk

@@ -14,8 +14,8 @@
 // Other keys, and the "serial" list of the rig, are left to others.
 #include <cmath>
 #include <optional>
-#include <variant>
 
+#include <icp_platform/rig_json.h>
 #include <nlohmann/json.hpp>
 
 #include "sim.h"
@@ -24,88 +24,9 @@ namespace usbsim {
 namespace {
 
 using nlohmann::json;
-using Step = std::variant<std::string, std::size_t>;
-using Path = std::vector<Step>;
 
-// Finds where a value starts in a text that parsed as JSON.
-class Locator {
-public:
-    explicit Locator(const std::string& text) : t_(text) {}
-
-    std::size_t line_of(const Path& path) {
-        std::size_t pos = find(path).value_or(0);
-        std::size_t line = 1;
-        for (std::size_t i = 0; i < pos && i < t_.size(); ++i)
-            if (t_[i] == '\n') ++line;
-        return line;
-    }
-
-private:
-    std::optional<std::size_t> find(const Path& path) {
-        std::size_t pos = skip_ws(0);
-        for (const Step& step : path) {
-            std::optional<std::size_t> next;
-            if (pos >= t_.size()) return std::nullopt;
-            if (t_[pos] == '{' && std::holds_alternative<std::string>(step)) {
-                pos = skip_ws(pos + 1);
-                while (pos < t_.size() && t_[pos] == '"') {
-                    std::size_t end = skip_value(pos);
-                    std::string key = json::parse(t_.substr(pos, end - pos)).get<std::string>();
-                    pos = skip_ws(skip_ws(end) + 1);  // past ':'
-                    if (key == std::get<std::string>(step)) next = pos;  // the last one counts
-                    pos = skip_ws(skip_value(pos));
-                    if (pos < t_.size() && t_[pos] == ',') pos = skip_ws(pos + 1);
-                }
-            } else if (t_[pos] == '[' && std::holds_alternative<std::size_t>(step)) {
-                pos = skip_ws(pos + 1);
-                for (std::size_t k = 0; pos < t_.size() && t_[pos] != ']'; ++k) {
-                    if (k == std::get<std::size_t>(step)) {
-                        next = pos;
-                        break;
-                    }
-                    pos = skip_ws(skip_value(pos));
-                    if (pos < t_.size() && t_[pos] == ',') pos = skip_ws(pos + 1);
-                }
-            }
-            if (!next) return std::nullopt;
-            pos = *next;
-        }
-        return pos;
-    }
-
-    std::size_t skip_ws(std::size_t i) const {
-        while (i < t_.size() && (t_[i] == ' ' || t_[i] == '\t' || t_[i] == '\n' || t_[i] == '\r')) ++i;
-        return i;
-    }
-
-    // The position just after the value starting at i.
-    std::size_t skip_value(std::size_t i) const {
-        if (i >= t_.size()) return i;
-        if (t_[i] == '"') {
-            for (++i; i < t_.size() && t_[i] != '"'; ++i)
-                if (t_[i] == '\\') ++i;
-            return i + 1;
-        }
-        if (t_[i] == '{' || t_[i] == '[') {
-            int depth = 0;
-            for (; i < t_.size(); ++i) {
-                char c = t_[i];
-                if (c == '"') {
-                    i = skip_value(i) - 1;
-                } else if (c == '{' || c == '[') {
-                    ++depth;
-                } else if (c == '}' || c == ']') {
-                    if (--depth == 0) return i + 1;
-                }
-            }
-            return i;
-        }
-        while (i < t_.size() && std::string_view(",]} \t\r\n").find(t_[i]) == std::string_view::npos) ++i;
-        return i;
-    }
-
-    const std::string& t_;
-};
+// A value's place in the rig text, as a pointer: "/usb/1/board".
+using Path = std::string;
 
 struct RigError {
     Path path;
@@ -124,17 +45,13 @@ bool is_uint(const json& v, std::uint64_t max) {
 }
 
 std::optional<RigError> check_entry(const json& e, const Path& at, Entry& out) {
-    auto here = [&](const std::string& key) {
-        Path p = at;
-        p.push_back(key);
-        return p;
-    };
+    auto here = [&](const std::string& key) { return at + "/" + key; };
     if (!e.is_object()) return RigError{at, "a module is an object with \"model\" and \"board\""};
     if (!e.contains("model")) return RigError{at, "a module needs a \"model\""};
     const json& model = e["model"];
     if (!model.is_string()) return RigError{here("model"), "\"model\" must be a model ID text"};
     out.model = find_model(model.get<std::string>());
-    if (!out.model) return RigError{here("model"), "unknown model \"" + model.get<std::string>() + "\""};
+    if (!out.model) return RigError{here("model"), "unknown model \"" + icp_platform::clip(model.get<std::string>()) + "\""};
     if (!e.contains("board")) return RigError{at, "a module needs a \"board\""};
     if (!is_uint(e["board"], 255)) return RigError{here("board"), "\"board\" must be an integer 0-255"};
     out.board = e["board"].get<std::uint8_t>();
@@ -184,9 +101,7 @@ std::optional<RigError> check_entry(const json& e, const Path& at, Entry& out) {
         if (!v.is_array() || v.size() > l.total) return RigError{here(l.key), need};
         for (std::size_t i = 0; i < v.size(); ++i) {
             if (!l.ok(v[i], l.total)) {
-                Path p = here(l.key);
-                p.push_back(i);
-                return RigError{p, need};
+                return RigError{here(l.key) + "/" + std::to_string(i), need};
             }
         }
     }
@@ -202,34 +117,21 @@ bool check(const std::string& text, std::vector<Entry>& entries, std::string* er
         if (error) *error = "line " + std::to_string(line) + ": " + message;
         return false;
     };
-    json root;
-    try {
-        root = json::parse(text);
-    } catch (const json::parse_error& e) {
-        std::size_t line = 1;
-        for (std::size_t i = 0; i + 1 < e.byte && i < text.size(); ++i)
-            if (text[i] == '\n') ++line;
-        std::string what = e.what();
-        if (auto p = what.find("column "); p != std::string::npos) {
-            if (auto c = what.find(": ", p); c != std::string::npos) what = what.substr(c + 2);
-        } else if (auto c = what.find("] "); c != std::string::npos) {
-            what = what.substr(c + 2);
-        }
-        return fail(line, what);
-    }
-    Locator where(text);
+    const auto parsed = icp_platform::parse_rig_json(text, error);
+    if (!parsed) return false;
+    const json& root = *parsed;
+    auto line_of = [&](const Path& path) { return icp_platform::rig_line_of(text, path); };
     if (!root.is_object()) return fail(1, "a rig is a JSON object");
     if (!root.contains("usb") || root["usb"].is_null()) return true;
     const json& usb = root["usb"];
-    if (!usb.is_array()) return fail(where.line_of({std::string("usb")}), "\"usb\" must be a list of modules");
+    if (!usb.is_array()) return fail(line_of("/usb"), "\"usb\" must be a list of modules");
     for (std::size_t i = 0; i < usb.size(); ++i) {
-        Path at{std::string("usb"), i};
+        const Path at = "/usb/" + std::to_string(i);
         Entry entry;
-        if (auto err = check_entry(usb[i], at, entry)) return fail(where.line_of(err->path), err->message);
+        if (auto err = check_entry(usb[i], at, entry)) return fail(line_of(err->path), err->message);
         for (const Entry& other : entries) {
             if (other.model == entry.model && effective_board(other.board) == effective_board(entry.board)) {
-                at.push_back(std::string("board"));
-                return fail(where.line_of(at), std::string("a second ") + entry.model->id + " with board ID " +
+                return fail(line_of(at + "/board"), std::string("a second ") + entry.model->id + " with board ID " +
                                                    std::to_string(effective_board(entry.board)));
             }
         }

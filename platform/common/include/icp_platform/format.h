@@ -1,9 +1,10 @@
-// Number formatting shared by the stand-ins and the command-line host.
+// Number and text formatting shared by the stand-ins and the command-line host.
 #pragma once
 
 #include <charconv>
 #include <cmath>
 #include <string>
+#include <string_view>
 
 namespace icp_platform {
 
@@ -18,6 +19,24 @@ inline std::string shortest_real(double x) {
     std::string s(buf, res.ptr);
     if (s.find_first_of(".e") == std::string::npos) s += ".0";
     return s;
+}
+
+// User text quoted in messages (names, tokens) is cut to this many bytes.
+inline constexpr std::size_t max_quoted = 64;
+
+// `text` cut to max_quoted bytes, at a UTF-8 character boundary, with "..."
+// when it is longer, and control characters shown as '?': a message stays
+// one readable line whatever it quotes.
+inline std::string clip(std::string_view text) {
+    std::size_t cut = text.size();
+    if (cut > max_quoted) {
+        cut = max_quoted;
+        while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;
+    }
+    std::string out(text.substr(0, cut));
+    for (char& c : out)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
+    return cut < text.size() ? out + "..." : out;
 }
 
 }  // namespace icp_platform
