@@ -56,6 +56,14 @@ inline std::optional<std::int32_t> slot(const nvValue& v) {
     return module_address(*s);
 }
 
+// An Integer's 32 bits as the SDK's unsigned word, sign and all (-1 is
+// 0xFFFFFFFF): frequencies, modes, counts, timeouts, power-on and safe words.
+inline std::optional<std::uint32_t> word(const nvValue& v) {
+    auto i = arg::int32(v);
+    if (!i) return std::nullopt;
+    return static_cast<std::uint32_t>(*i);
+}
+
 // An argument refused: null result, the SDK's last error stays 0.
 inline nvValue refused() { return make::null(); }
 
@@ -74,6 +82,15 @@ nvValue body(const nvValue& handle, Op op) {
     pac_SetLastError(0);
     if (!address_of(handle)) return make::null();
     return op(port_of(handle));
+}
+
+// (handle, slot): an action on the module, Boolean true or null.
+inline nvValue slot_action(const nvValue& handle, const nvValue& slot, PAC_BOOL (*call)(PAC_HANDLE, int)) {
+    return body(handle, [&](PAC_HANDLE port) {
+        const auto address = com::slot(slot);
+        if (!address) return refused();
+        return status(call(port, *address));
+    });
 }
 
 }  // namespace icp::com

@@ -26,18 +26,12 @@ using WordRead = PAC_BOOL (*)(PAC_HANDLE, int, int, std::uint32_t*);
 using WordWrite = PAC_BOOL (*)(PAC_HANDLE, int, int, std::uint32_t);
 
 // The AO power-on and safe values arrive as Integers and reach the SDK as the
-// float of their 32 bits read without sign: -1 becomes 4294967295.0.
+// float nearest their 32 bits read without sign (-1 as 4294967295, which a
+// float holds as 4294967296).
 std::optional<float> integer_as_unsigned_real(const nvValue& v) {
     const auto i = arg::int32(v);
     if (!i) return std::nullopt;
     return static_cast<float>(static_cast<std::uint32_t>(*i));
-}
-
-// The DO power-on and safe values: an Integer's 32 bits, sign and all.
-std::optional<std::uint32_t> integer_bits(const nvValue& v) {
-    const auto i = arg::int32(v);
-    if (!i) return std::nullopt;
-    return static_cast<std::uint32_t>(*i);
 }
 
 // (handle, slot, channel, total) -> Real.
@@ -143,7 +137,7 @@ ICP_EXPORT nvValue icpcom_do_readpoweronvalue(const nvValue& handle, const nvVal
 
 ICP_EXPORT nvValue icpcom_do_writepoweronvalue(const nvValue& handle, const nvValue& slot, const nvValue& total,
                                                const nvValue& value) {
-    return word_writer(handle, slot, total, value, integer_bits, pac_WriteModulePowerOnValueDO_MF);
+    return word_writer(handle, slot, total, value, com::word, pac_WriteModulePowerOnValueDO_MF);
 }
 
 ICP_EXPORT nvValue icpcom_ao_readpoweronvalue(const nvValue& handle, const nvValue& slot, const nvValue& channel,
@@ -163,7 +157,7 @@ ICP_EXPORT nvValue icpcom_do_readsafevalue(const nvValue& handle, const nvValue&
 
 ICP_EXPORT nvValue icpcom_do_writesafevalue(const nvValue& handle, const nvValue& slot, const nvValue& total,
                                             const nvValue& value) {
-    return word_writer(handle, slot, total, value, integer_bits, pac_WriteModuleSafeValueDO_MF);
+    return word_writer(handle, slot, total, value, com::word, pac_WriteModuleSafeValueDO_MF);
 }
 
 ICP_EXPORT nvValue icpcom_ao_readsafevalue(const nvValue& handle, const nvValue& slot, const nvValue& channel,

@@ -16,6 +16,150 @@
 #include "com/body.h"
 #include "plugin/catalogue.h"
 
+using icp::nvValue;
+namespace arg = icp::arg;
+namespace make = icp::make;
+namespace com = icp::com;
+
+namespace {
+
+nvValue signed_word(PAC_DWORD w) { return make::integer(static_cast<std::int32_t>(w)); }
+
+// One channel's setting: slot, channel, then the value.
+template <class Convert, class Call>
+nvValue channel_setter(const nvValue& handle, const nvValue& slot, const nvValue& channel, const nvValue& value,
+                       Convert convert, Call call) {
+    return com::body(handle, [&](PAC_HANDLE port) {
+        const auto address = com::slot(slot);
+        const auto ch = arg::int16(channel);
+        const auto v = convert(value);
+        if (!address || !ch || !v) return com::refused();
+        return com::status(call(port, *address, *ch, *v));
+    });
+}
+
+// One channel's setting read back into an output preset to zero.
+template <class Out, class Call, class Build>
+nvValue channel_getter(const nvValue& handle, const nvValue& slot, const nvValue& channel, Call call,
+                       Build build) {
+    return com::body(handle, [&](PAC_HANDLE port) {
+        const auto address = com::slot(slot);
+        const auto ch = arg::int16(channel);
+        if (!address || !ch) return com::refused();
+        Out out{};
+        return com::status(call(port, *address, *ch, &out), [&] { return build(out); });
+    });
+}
+
+// A setting of the whole module: slot, then a 16-bit value.
+template <class Call>
+nvValue module_setter(const nvValue& handle, const nvValue& slot, const nvValue& value, Call call) {
+    return com::body(handle, [&](PAC_HANDLE port) {
+        const auto address = com::slot(slot);
+        const auto v = arg::int16(value);
+        if (!address || !v) return com::refused();
+        return com::status(call(port, *address, *v));
+    });
+}
+
+}  // namespace
+
+// An Integer duty is refused: only a Real is taken.
+ICP_EXPORT nvValue icpcom_setpwmduty(const nvValue& handle, const nvValue& slot, const nvValue& channel,
+                                     const nvValue& duty) {
+    return channel_setter(handle, slot, channel, duty, arg::real32, pac_SetPWMDuty);
+}
+
+ICP_EXPORT nvValue icpcom_getpwmduty(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
+    return channel_getter<float>(handle, slot, channel, pac_GetPWMDuty, [](float d) { return make::real(d); });
+}
+
+ICP_EXPORT nvValue icpcom_setpwmfrequency(const nvValue& handle, const nvValue& slot, const nvValue& channel,
+                                          const nvValue& frequency) {
+    return channel_setter(handle, slot, channel, frequency, com::word, pac_SetPWMFrequency);
+}
+
+ICP_EXPORT nvValue icpcom_getpwmfrequency(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
+    return channel_getter<PAC_DWORD>(handle, slot, channel, pac_GetPWMFrequency, signed_word);
+}
+
+ICP_EXPORT nvValue icpcom_setpwmmode(const nvValue& handle, const nvValue& slot, const nvValue& channel,
+                                     const nvValue& mode) {
+    return channel_setter(handle, slot, channel, mode, com::word, pac_SetPWMMode);
+}
+
+ICP_EXPORT nvValue icpcom_getpwmmode(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
+    return channel_getter<PAC_DWORD>(handle, slot, channel, pac_GetPWMMode, signed_word);
+}
+
+ICP_EXPORT nvValue icpcom_setpwmtrigger(const nvValue& handle, const nvValue& slot, const nvValue& channel,
+                                        const nvValue& trigger) {
+    return channel_setter(handle, slot, channel, trigger, arg::int16, pac_SetPWMDITriggerConfig);
+}
+
+ICP_EXPORT nvValue icpcom_getpwmtrigger(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
+    return channel_getter<short>(handle, slot, channel, pac_GetPWMDITriggerConfig,
+                                 [](short t) { return make::integer(t); });
+}
+
+// Only channels 0 to 15 can be switched: the mask travels as 16 bits.
+ICP_EXPORT nvValue icpcom_setpwmstart(const nvValue& handle, const nvValue& slot, const nvValue& mask) {
+    return module_setter(handle, slot, mask, pac_SetPWMStart);
+}
+
+ICP_EXPORT nvValue icpcom_setpwmsynchannel(const nvValue& handle, const nvValue& slot, const nvValue& channel,
+                                           const nvValue& sync) {
+    return channel_setter(handle, slot, channel, sync, arg::int16, pac_SetPWMSynChannel);
+}
+
+// Deliberately the trigger getter, unchanged: this returns the channel's
+// hardware trigger setting, not its synchronisation flag (which nothing here
+// reads), whatever the function's name and help say. Scripts rely on it; do
+// not "fix" it.
+ICP_EXPORT nvValue icpcom_getpwmsynchannel(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
+    return icpcom_getpwmtrigger(handle, slot, channel);
+}
+
+ICP_EXPORT nvValue icpcom_syncpwmstart(const nvValue& handle, const nvValue& slot, const nvValue& start) {
+    return module_setter(handle, slot, start, pac_SyncPWMStart);
+}
+
+ICP_EXPORT nvValue icpcom_savepwmconfig(const nvValue& handle, const nvValue& slot) {
+    return com::slot_action(handle, slot, pac_SavePWMConfig);
+}
+
+// Reals (0 .. 4294967295), not the Integers that the help names.
+nvValue icp::com::pwm_status_masks(const StatusBytes& pwm, const StatusBytes& di) {
+    std::uint32_t pwm_mask = 0, di_mask = 0;
+    for (std::size_t i = 0; i < pwm_status_channels; ++i) {
+        if (pwm[i] != 0) pwm_mask |= 1u << i;
+        if (di[i] != 0) di_mask |= 1u << i;
+    }
+    return make::vector(2, [&](unsigned i) { return make::real_unsigned(i == 0 ? pwm_mask : di_mask); });
+}
+
+ICP_EXPORT nvValue icpcom_getpwmdiostatus(const nvValue& handle, const nvValue& slot) {
+    return com::body(handle, [&](PAC_HANDLE port) {
+        const auto address = com::slot(slot);
+        if (!address) return com::refused();
+        com::StatusBytes pwm = {};
+        com::StatusBytes di = {};
+        return com::status(pac_GetPWMDIOStatus(port, *address, pwm, di),
+                           [&] { return com::pwm_status_masks(pwm, di); });
+    });
+}
+
+ICP_EXPORT nvValue icpcom_setpwmpulsecount(const nvValue& handle, const nvValue& slot, const nvValue& channel,
+                                           const nvValue& count) {
+    return channel_setter(handle, slot, channel, count, com::word, pac_SetPWMPulseCount);
+}
+
+ICP_EXPORT nvValue icpcom_getpwmpulsecount(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
+    return channel_getter<PAC_DWORD>(handle, slot, channel, pac_GetPWMPulseCount, signed_word);
+}
+
+// --- Catalogue ---
+
 #define ICP_COM_PWM_FUNCTIONS(F) \
     F(icpcom_setpwmduty, "ICPCOM_SetPWMDuty", \
       "Sets the duty cycle value for a specified channel", \
@@ -117,158 +261,5 @@
       "Device handle opened by icpcom_opendevice()", \
       "Integer the slot in which module is to receive the command", \
       "Integer device channel")
-
-using icp::nvValue;
-namespace arg = icp::arg;
-namespace make = icp::make;
-namespace com = icp::com;
-
-namespace {
-
-// An Integer as a 32-bit word (frequencies, modes, pulse counts).
-std::optional<PAC_DWORD> word32(const nvValue& v) {
-    const auto i = arg::int32(v);
-    if (!i) return std::nullopt;
-    return static_cast<PAC_DWORD>(*i);
-}
-
-nvValue signed_word(PAC_DWORD w) { return make::integer(static_cast<std::int32_t>(w)); }
-
-// One channel's setting: slot, channel, then the value.
-template <class Convert, class Call>
-nvValue channel_setter(const nvValue& handle, const nvValue& slot, const nvValue& channel, const nvValue& value,
-                       Convert convert, Call call) {
-    return com::body(handle, [&](PAC_HANDLE port) {
-        const auto address = com::slot(slot);
-        const auto ch = arg::int16(channel);
-        const auto v = convert(value);
-        if (!address || !ch || !v) return com::refused();
-        return com::status(call(port, *address, *ch, *v));
-    });
-}
-
-// One channel's setting read back into an output preset to zero.
-template <class Out, class Call, class Build>
-nvValue channel_getter(const nvValue& handle, const nvValue& slot, const nvValue& channel, Call call,
-                       Build build) {
-    return com::body(handle, [&](PAC_HANDLE port) {
-        const auto address = com::slot(slot);
-        const auto ch = arg::int16(channel);
-        if (!address || !ch) return com::refused();
-        Out out{};
-        return com::status(call(port, *address, *ch, &out), [&] { return build(out); });
-    });
-}
-
-// A setting of the whole module: slot, then a 16-bit value.
-template <class Call>
-nvValue module_setter(const nvValue& handle, const nvValue& slot, const nvValue& value, Call call) {
-    return com::body(handle, [&](PAC_HANDLE port) {
-        const auto address = com::slot(slot);
-        const auto v = arg::int16(value);
-        if (!address || !v) return com::refused();
-        return com::status(call(port, *address, *v));
-    });
-}
-
-}  // namespace
-
-// An Integer duty is refused: only a Real is taken.
-ICP_EXPORT nvValue icpcom_setpwmduty(const nvValue& handle, const nvValue& slot, const nvValue& channel,
-                                     const nvValue& duty) {
-    return channel_setter(handle, slot, channel, duty, arg::real32, pac_SetPWMDuty);
-}
-
-ICP_EXPORT nvValue icpcom_getpwmduty(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
-    return channel_getter<float>(handle, slot, channel, pac_GetPWMDuty, [](float d) { return make::real(d); });
-}
-
-ICP_EXPORT nvValue icpcom_setpwmfrequency(const nvValue& handle, const nvValue& slot, const nvValue& channel,
-                                          const nvValue& frequency) {
-    return channel_setter(handle, slot, channel, frequency, word32, pac_SetPWMFrequency);
-}
-
-ICP_EXPORT nvValue icpcom_getpwmfrequency(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
-    return channel_getter<PAC_DWORD>(handle, slot, channel, pac_GetPWMFrequency, signed_word);
-}
-
-ICP_EXPORT nvValue icpcom_setpwmmode(const nvValue& handle, const nvValue& slot, const nvValue& channel,
-                                     const nvValue& mode) {
-    return channel_setter(handle, slot, channel, mode, word32, pac_SetPWMMode);
-}
-
-ICP_EXPORT nvValue icpcom_getpwmmode(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
-    return channel_getter<PAC_DWORD>(handle, slot, channel, pac_GetPWMMode, signed_word);
-}
-
-ICP_EXPORT nvValue icpcom_setpwmtrigger(const nvValue& handle, const nvValue& slot, const nvValue& channel,
-                                        const nvValue& trigger) {
-    return channel_setter(handle, slot, channel, trigger, arg::int16, pac_SetPWMDITriggerConfig);
-}
-
-ICP_EXPORT nvValue icpcom_getpwmtrigger(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
-    return channel_getter<short>(handle, slot, channel, pac_GetPWMDITriggerConfig,
-                                 [](short t) { return make::integer(t); });
-}
-
-// Only channels 0 to 15 can be switched: the mask travels as 16 bits.
-ICP_EXPORT nvValue icpcom_setpwmstart(const nvValue& handle, const nvValue& slot, const nvValue& mask) {
-    return module_setter(handle, slot, mask, pac_SetPWMStart);
-}
-
-ICP_EXPORT nvValue icpcom_setpwmsynchannel(const nvValue& handle, const nvValue& slot, const nvValue& channel,
-                                           const nvValue& sync) {
-    return channel_setter(handle, slot, channel, sync, arg::int16, pac_SetPWMSynChannel);
-}
-
-// Deliberately the trigger getter, unchanged: this returns the channel's
-// hardware trigger setting, not its synchronisation flag (which nothing here
-// reads), whatever the function's name and help say. Scripts rely on it; do
-// not "fix" it.
-ICP_EXPORT nvValue icpcom_getpwmsynchannel(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
-    return icpcom_getpwmtrigger(handle, slot, channel);
-}
-
-ICP_EXPORT nvValue icpcom_syncpwmstart(const nvValue& handle, const nvValue& slot, const nvValue& start) {
-    return module_setter(handle, slot, start, pac_SyncPWMStart);
-}
-
-ICP_EXPORT nvValue icpcom_savepwmconfig(const nvValue& handle, const nvValue& slot) {
-    return com::body(handle, [&](PAC_HANDLE port) {
-        const auto address = com::slot(slot);
-        if (!address) return com::refused();
-        return com::status(pac_SavePWMConfig(port, *address));
-    });
-}
-
-// Reals (0 .. 4294967295), not the Integers that the help names.
-nvValue icp::com::pwm_status_masks(const StatusBytes& pwm, const StatusBytes& di) {
-    std::uint32_t pwm_mask = 0, di_mask = 0;
-    for (std::size_t i = 0; i < pwm_status_channels; ++i) {
-        if (pwm[i] != 0) pwm_mask |= 1u << i;
-        if (di[i] != 0) di_mask |= 1u << i;
-    }
-    return make::vector(2, [&](unsigned i) { return make::real_unsigned(i == 0 ? pwm_mask : di_mask); });
-}
-
-ICP_EXPORT nvValue icpcom_getpwmdiostatus(const nvValue& handle, const nvValue& slot) {
-    return com::body(handle, [&](PAC_HANDLE port) {
-        const auto address = com::slot(slot);
-        if (!address) return com::refused();
-        com::StatusBytes pwm = {};
-        com::StatusBytes di = {};
-        return com::status(pac_GetPWMDIOStatus(port, *address, pwm, di),
-                           [&] { return com::pwm_status_masks(pwm, di); });
-    });
-}
-
-ICP_EXPORT nvValue icpcom_setpwmpulsecount(const nvValue& handle, const nvValue& slot, const nvValue& channel,
-                                           const nvValue& count) {
-    return channel_setter(handle, slot, channel, count, word32, pac_SetPWMPulseCount);
-}
-
-ICP_EXPORT nvValue icpcom_getpwmpulsecount(const nvValue& handle, const nvValue& slot, const nvValue& channel) {
-    return channel_getter<PAC_DWORD>(handle, slot, channel, pac_GetPWMPulseCount, signed_word);
-}
 
 ICP_CATALOGUE_GROUP(com_pwm, ICP_COM_PWM_FUNCTIONS)

@@ -12,19 +12,6 @@ namespace arg = icp::arg;
 namespace com = icp::com;
 namespace make = icp::make;
 
-namespace {
-
-// (handle, slot) -> Boolean true, or null.
-nvValue action(const nvValue& handle, const nvValue& slot, PAC_BOOL (*call)(PAC_HANDLE, int)) {
-    return com::body(handle, [&](PAC_HANDLE port) {
-        const auto address = com::slot(slot);
-        if (!address) return com::refused();
-        return com::status(call(port, *address));
-    });
-}
-
-}  // namespace
-
 // The SDK's answer is the flag itself, so a failing call reads as false,
 // never null; only the last error tells the two apart.
 ICP_EXPORT nvValue icpcom_getwdtstatus(const nvValue& handle, const nvValue& slot) {
@@ -61,20 +48,20 @@ ICP_EXPORT nvValue icpcom_setwdtconfig(const nvValue& handle, const nvValue& slo
     return com::body(handle, [&](PAC_HANDLE port) {
         const auto address = com::slot(slot);
         const auto enable = arg::int16(enabled);
-        const auto tenths = arg::int32(timeout);
+        const auto tenths = com::word(timeout);
         const auto over = arg::int32(overwrite);
         if (!address || !enable || !tenths || !over) return com::refused();
         return com::status(
-            pac_SetModuleWDTConfig(port, *address, *enable, static_cast<std::uint32_t>(*tenths), *over));
+            pac_SetModuleWDTConfig(port, *address, *enable, *tenths, *over));
     });
 }
 
 ICP_EXPORT nvValue icpcom_resetwdt(const nvValue& handle, const nvValue& slot) {
-    return action(handle, slot, pac_ResetModuleWDT);
+    return com::slot_action(handle, slot, pac_ResetModuleWDT);
 }
 
 ICP_EXPORT nvValue icpcom_refreshwdt(const nvValue& handle, const nvValue& slot) {
-    return action(handle, slot, pac_RefreshModuleWDT);
+    return com::slot_action(handle, slot, pac_RefreshModuleWDT);
 }
 
 // --- Catalogue ---

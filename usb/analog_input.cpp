@@ -1,8 +1,8 @@
 // USB analog input.
 //
-// Every body is a shape of usb/body.h gated by the AI total; the per-channel
-// arrays the SDK fills are 16 entries (64 bytes for the supported type
-// codes), so a module reporting more than 16 inputs is refused.
+// Every body is a shape of usb/body.h gated by the AI total; the bodies that
+// exchange the SDK's per-channel arrays (16 entries, 64 bytes for the
+// supported type codes) refuse a total beyond them.
 #include "usb/analog_input.h"
 
 #include "plugin/catalogue.h"

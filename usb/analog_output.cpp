@@ -5,8 +5,6 @@
 // call.
 #include "usb/analog_output.h"
 
-#include <cstdint>
-
 #include "plugin/catalogue.h"
 #include "usb/body.h"
 
@@ -16,18 +14,6 @@ namespace arg = icp::arg;
 namespace element = icp::arg::element;
 namespace make = icp::make;
 namespace usb = icp::usb;
-
-namespace {
-
-// Elements of the vector results and the per-channel readers.
-nvValue integer_of(std::uint8_t byte) { return make::integer(byte); }
-nvValue real_of(float value) { return make::real(value); }
-nvValue real_of(std::uint32_t word) { return make::real_unsigned(word); }
-
-constexpr auto real_of_float = static_cast<nvValue (*)(float)>(real_of);
-constexpr auto real_of_word = static_cast<nvValue (*)(std::uint32_t)>(real_of);
-
-}  // namespace
 
 // --- One channel ---
 
@@ -125,73 +111,73 @@ ICP_EXPORT nvValue icpusb_ao_getsafetyenable(const nvValue& handle) {
 
 // Like the supported codes, a vector of `total` entries of a 64-byte answer.
 ICP_EXPORT nvValue icpusb_ao_gettotalsupporttype(const nvValue& handle) {
-    return usb::vector_getter<usb::support_capacity>(handle, Group::AO, AO_GetTotalSupportType, integer_of);
+    return usb::vector_getter<usb::support_capacity>(handle, Group::AO, AO_GetTotalSupportType, make::integer);
 }
 
 ICP_EXPORT nvValue icpusb_ao_getsupporttypecode(const nvValue& handle) {
-    return usb::vector_getter<usb::support_capacity>(handle, Group::AO, AO_GetSupportTypeCode, integer_of);
+    return usb::vector_getter<usb::support_capacity>(handle, Group::AO, AO_GetSupportTypeCode, make::integer);
 }
 
 ICP_EXPORT nvValue icpusb_ao_gettypecode(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_GetTypeCode, integer_of);
+    return usb::vector_getter(handle, Group::AO, AO_GetTypeCode, make::integer);
 }
 
 ICP_EXPORT nvValue icpusb_ao_getresolution(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_GetResolution, integer_of);
+    return usb::vector_getter(handle, Group::AO, AO_GetResolution, make::integer);
 }
 
 ICP_EXPORT nvValue icpusb_ao_getpoweronenable(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_GetPowerOnEnable, integer_of);
+    return usb::vector_getter(handle, Group::AO, AO_GetPowerOnEnable, make::integer);
 }
 
 // --- Values ---
 
 ICP_EXPORT nvValue icpusb_ao_readexpvaluedigital(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_ReadExpValueDigital, real_of_word);
+    return usb::vector_getter(handle, Group::AO, AO_ReadExpValueDigital, make::real_unsigned);
 }
 
 ICP_EXPORT nvValue icpusb_ao_readchexpvaluedigital(const nvValue& handle, const nvValue& channel) {
-    return usb::channel_reader(handle, Group::AO, channel, AO_ReadExpValueDigital, real_of_word);
+    return usb::channel_reader(handle, Group::AO, channel, AO_ReadExpValueDigital, make::real_unsigned);
 }
 
 ICP_EXPORT nvValue icpusb_ao_readexpvalueanalog(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_ReadExpValueAnalog, real_of_float);
+    return usb::vector_getter(handle, Group::AO, AO_ReadExpValueAnalog, make::real);
 }
 
 ICP_EXPORT nvValue icpusb_ao_readchexpvalueanalog(const nvValue& handle, const nvValue& channel) {
-    return usb::channel_reader(handle, Group::AO, channel, AO_ReadExpValueAnalog, real_of_float);
+    return usb::channel_reader(handle, Group::AO, channel, AO_ReadExpValueAnalog, make::real);
 }
 
 ICP_EXPORT nvValue icpusb_ao_readcurvaluedigital(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_ReadCurValueDigital, real_of_word);
+    return usb::vector_getter(handle, Group::AO, AO_ReadCurValueDigital, make::real_unsigned);
 }
 
 ICP_EXPORT nvValue icpusb_ao_readchcurvaluedigital(const nvValue& handle, const nvValue& channel) {
-    return usb::channel_reader(handle, Group::AO, channel, AO_ReadCurValueDigital, real_of_word);
+    return usb::channel_reader(handle, Group::AO, channel, AO_ReadCurValueDigital, make::real_unsigned);
 }
 
 ICP_EXPORT nvValue icpusb_ao_readcurvalueanalog(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_ReadCurValueAnalog, real_of_float);
+    return usb::vector_getter(handle, Group::AO, AO_ReadCurValueAnalog, make::real);
 }
 
 ICP_EXPORT nvValue icpusb_ao_readchcurvalueanalog(const nvValue& handle, const nvValue& channel) {
-    return usb::channel_reader(handle, Group::AO, channel, AO_ReadCurValueAnalog, real_of_float);
+    return usb::channel_reader(handle, Group::AO, channel, AO_ReadCurValueAnalog, make::real);
 }
 
 ICP_EXPORT nvValue icpusb_ao_getpoweronvaluedigital(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_GetPowerOnValueDigital, real_of_word);
+    return usb::vector_getter(handle, Group::AO, AO_GetPowerOnValueDigital, make::real_unsigned);
 }
 
 ICP_EXPORT nvValue icpusb_ao_getpoweronvalueanalog(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_GetPowerOnValueAnalog, real_of_float);
+    return usb::vector_getter(handle, Group::AO, AO_GetPowerOnValueAnalog, make::real);
 }
 
 ICP_EXPORT nvValue icpusb_ao_getsafetyvaluedigital(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_GetSafetyValueDigital, real_of_word);
+    return usb::vector_getter(handle, Group::AO, AO_GetSafetyValueDigital, make::real_unsigned);
 }
 
 ICP_EXPORT nvValue icpusb_ao_getsafetyvalueanalog(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::AO, AO_GetSafetyValueAnalog, real_of_float);
+    return usb::vector_getter(handle, Group::AO, AO_GetSafetyValueAnalog, make::real);
 }
 
 // --- Catalogue ---

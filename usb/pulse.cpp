@@ -16,13 +16,6 @@ namespace arg = icp::arg;
 namespace make = icp::make;
 namespace usb = icp::usb;
 
-namespace {
-
-nvValue as_integer(std::uint32_t entry) { return make::integer(static_cast<std::int32_t>(entry)); }
-nvValue as_real(float value) { return make::real(value); }
-
-}  // namespace
-
 // --- One channel: type code, trigger mode, flags, filter width ---
 
 ICP_EXPORT nvValue icpusb_pi_settypecode(const nvValue& handle, const nvValue& channel, const nvValue& code) {
@@ -95,19 +88,19 @@ ICP_EXPORT nvValue icpusb_pi_gettotalsupporttype(const nvValue& handle) {
 // As many entries as the module has channels, whatever the number of
 // supported types.
 ICP_EXPORT nvValue icpusb_pi_getsupporttypecode(const nvValue& handle) {
-    return usb::vector_getter<usb::support_capacity>(handle, Group::PI, PI_GetSupportTypeCode, as_integer);
+    return usb::vector_getter<usb::support_capacity>(handle, Group::PI, PI_GetSupportTypeCode, make::integer);
 }
 
 ICP_EXPORT nvValue icpusb_pi_gettypecode(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::PI, PI_GetTypeCode, as_integer);
+    return usb::vector_getter(handle, Group::PI, PI_GetTypeCode, make::integer);
 }
 
 ICP_EXPORT nvValue icpusb_pi_gettriggermode(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::PI, PI_GetTriggerMode, as_integer);
+    return usb::vector_getter(handle, Group::PI, PI_GetTriggerMode, make::integer);
 }
 
 ICP_EXPORT nvValue icpusb_pi_getlpfilterwidth(const nvValue& handle) {
-    return usb::vector_getter(handle, Group::PI, PI_GetLPFilterWidth, as_integer);
+    return usb::vector_getter(handle, Group::PI, PI_GetLPFilterWidth, make::integer);
 }
 
 ICP_EXPORT nvValue icpusb_pi_getchisolatedflag(const nvValue& handle) {
@@ -137,11 +130,11 @@ ICP_EXPORT nvValue icpusb_pi_readchcntvalue(const nvValue& handle, const nvValue
 }
 
 ICP_EXPORT nvValue icpusb_pi_readfreqvalue(const nvValue& handle) {
-    return usb::status_matrix(handle, Group::PI, PI_ReadFreqValue, as_real);
+    return usb::status_matrix(handle, Group::PI, PI_ReadFreqValue, make::real);
 }
 
 ICP_EXPORT nvValue icpusb_pi_readchfreqvalue(const nvValue& handle, const nvValue& channel) {
-    return usb::channel_status(handle, Group::PI, channel, PI_ReadFreqValue, as_real);
+    return usb::channel_status(handle, Group::PI, channel, PI_ReadFreqValue, make::real);
 }
 
 // --- Catalogue ---
