@@ -5,6 +5,7 @@
 //   icphost help NAME                   one function's help
 //   icphost run FILE                    run a script
 //   icphost -e STATEMENT [-e ...]       run statements
+//   icphost serve [--port P] [--link L] the emulated modules on a pseudo-terminal
 //
 // Options: --plugin PATH, --rig FILE (JSON), --trace.
 #include <filesystem>
@@ -21,6 +22,7 @@
 #include "icphost/listing.h"
 #include "icphost/plugin.h"
 #include "icphost/script.h"
+#include "icphost/serve.h"
 #include "pacsdk_sim.h"
 #include "usbio_sim.h"
 
@@ -147,6 +149,13 @@ int main(int argc, char** argv) {
     std::string script_path;
     run_cmd->add_option("FILE", script_path, "The script")->required();
 
+    auto* serve_cmd = app.add_subcommand(
+        "serve", "Put the rig's emulated serial modules behind a pseudo-terminal (Linux); prints its path");
+    std::string serve_port;
+    std::string serve_link;
+    serve_cmd->add_option("--port", serve_port, "The emulated port to serve (default: the rig's first)");
+    serve_cmd->add_option("--link", serve_link, "Keep a symbolic link to the device at this path");
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
@@ -168,6 +177,10 @@ int main(int argc, char** argv) {
         return kSetupFailed;
     }
     if (!set_up_rig(rig_path)) return kSetupFailed;
+    if (serve_cmd->parsed()) {
+        const TraceGuard guard(trace);
+        return icphost::serve(serve_port, serve_link);
+    }
 
     std::unique_ptr<icphost::Plugin> plugin;
     try {

@@ -109,6 +109,7 @@ TEST(pacsdkLastError, BelongsToTheCallingThreadAndSurvivesSuccess) {
 }
 
 TEST(pacsdkErrorMessage, TextsFitTheBufferAndUnknownCodesHaveOne) {
+    pac_SetLastError(0);  // a failure's own message would stand for its code
     struct {
         uint32_t code;
         const char* text;
@@ -151,6 +152,16 @@ TEST_F(pacsdkSendCmd, RepliesWithoutTerminatorAndCutToNineteenCharacters) {
 
     ASSERT_EQ(uart_SendCmd(h, "#019", result), 1);  // a refusal is still a reply
     EXPECT_STREQ(result, "?01");
+}
+
+// A trace line stays one line whatever the command or reply holds.
+TEST_F(pacsdkSendCmd, ControlCharactersAreEscapedInTheLog) {
+    PAC_HANDLE h = open();
+    char result[20];
+    uart_SendCmd(h, "$01M\n", result);
+    uart_SendCmd(h, "\x01\\q\r$01M", result);  // the CR ends a line: the module answers "$01M" after it
+    EXPECT_EQ(dcon_lines(), (std::vector<std::string>{"dcon> $01M\\n", "dcon> \\x01\\\\q\\r$01M",
+                                                       "dcon< !017017"}));
 }
 
 TEST_F(pacsdkSendCmd, NoReplyIsATimeoutAtOnce) {

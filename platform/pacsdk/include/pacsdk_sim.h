@@ -55,6 +55,12 @@ PACSIM_API bool load_rig(const std::string& json_text, std::string* error);
 // the whole command has arrived, and a command nobody answers takes the
 // port's read timeout (300 ms unless uart_SetTimeOut changed it).
 
+// A port entry with "device" in place of "modules" ({"port": "COM3",
+// "device": "/dev/ttyUSB0"}) maps the name to a real serial device, so that
+// uart_Open("COM3,...") opens the device (Linux; a Windows build refuses
+// real devices). uart_Open also takes a device path in place of the name
+// ("/dev/ttyUSB0,9600,N,8,1").
+
 // ---- Building a rig in code ------------------------------------------------
 
 // Adds a port without modules; false when the name is not COM1..COM255 or
@@ -95,6 +101,17 @@ PACSIM_API bool power_cycle(const std::string& port, int address);
 // bursts end when their pulses are out.
 PACSIM_API void advance_ms(uint32_t ms);
 PACSIM_API uint64_t now_ms();
+
+// ---- Serving the emulated modules to another program ----------------------
+
+// The rig's emulated ports, in name order.
+PACSIM_API std::vector<std::string> emulated_ports();
+// Bytes that reach an emulated port from outside, as over a wire: each line
+// a CR completes goes to the port's modules, and their replies come back,
+// CR included. Bytes after the last CR wait for the rest of their line. The
+// call log gets "dcon> LINE" and "dcon< REPLY" for each. Empty for a port
+// that is not there.
+PACSIM_API std::string wire_input(const std::string& port, const std::string& bytes);
 
 // ---- State -----------------------------------------------------------------
 

@@ -121,6 +121,22 @@ uint64_t now_ms() {
     return library().now();
 }
 
+std::vector<std::string> emulated_ports() {
+    Lock lock(library().mutex);
+    return library().rig().line_names();
+}
+
+std::string wire_input(const std::string& port, const std::string& bytes) {
+    Lock lock(library().mutex);
+    pacsdk::EmulatedLine* line = library().rig().line(port);
+    if (!line) return {};
+    auto& log = library().log;
+    return line->hear(bytes, [&](std::string_view command, const std::optional<std::string>& reply) {
+        log.sent(command);
+        if (reply) log.received(reply->substr(0, reply->find('\r')));
+    });
+}
+
 bool module_state(const std::string& port, int address, ModuleState* out) {
     return with_module(port, address, false, [&](Module& m) {
         ModuleState s;

@@ -94,14 +94,13 @@ Library& library() {
     return instance;
 }
 
-std::string quoted(const char* text) {
-    if (!text) return "NULL";
-    std::string out = "\"";
-    for (const char* p = text; *p; ++p) {
-        auto c = static_cast<unsigned char>(*p);
-        if (c == '"' || c == '\\') {
+std::string escaped(std::string_view text, bool quote) {
+    std::string out;
+    for (char ch : text) {
+        auto c = static_cast<unsigned char>(ch);
+        if (c == '\\' || (quote && c == '"')) {
             out += '\\';
-            out += *p;
+            out += ch;
         } else if (c == '\r') {
             out += "\\r";
         } else if (c == '\n') {
@@ -109,10 +108,12 @@ std::string quoted(const char* text) {
         } else if (c < 0x20 || c == 0x7F) {
             out += "\\x" + hex(c, 2);
         } else {
-            out += *p;
+            out += ch;
         }
     }
-    return out + "\"";
+    return out;
 }
+
+std::string quoted(const char* text) { return text ? "\"" + escaped(text, true) + "\"" : "NULL"; }
 
 }  // namespace pacsdk

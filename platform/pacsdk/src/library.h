@@ -17,6 +17,10 @@
 
 namespace pacsdk {
 
+// \\ for a backslash, \r, \n, \xHH for other control characters; with
+// quote, \" for a double quote.
+std::string escaped(std::string_view text, bool quote = false);
+
 // The latest `window` lines at least, at most twice that.
 class CallLog {
 public:
@@ -24,8 +28,10 @@ public:
 
     void set_trace(pacsim::TraceFn fn, void* context);
     void sdk(const std::string& call);
-    void sent(std::string_view text) { add("dcon> " + std::string(text)); }
-    void received(std::string_view text) { add("dcon< " + std::string(text)); }
+    // Control characters and backslashes in text come out escaped, so that a
+    // line always stays one line.
+    void sent(std::string_view text) { add("dcon> " + escaped(text)); }
+    void received(std::string_view text) { add("dcon< " + escaped(text)); }
     const std::vector<std::string>& lines() const { return lines_; }
     void clear() { lines_.clear(); }
 
@@ -86,7 +92,7 @@ private:
 // Created on first use, with the default rig.
 Library& library();
 
-// Quoted, with \" \\ and control characters escaped; NULL for a null pointer.
+// Quoted and escaped; NULL for a null pointer.
 std::string quoted(const char* text);
 
 }  // namespace pacsdk

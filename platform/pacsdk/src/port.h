@@ -1,8 +1,6 @@
-// The byte-level port under the DCON client. The client frames commands and
-// judges replies; a Port only moves one line out and one line back. The
-// emulated RS-485 line is one implementation; a real serial device is
-// another PortProvider with its own Port, and neither the client nor the
-// emulator changes for it.
+// The byte-level port under the DCON client. The client frames commands,
+// reads the reply line and judges it; a Port only moves bytes. The emulated
+// RS-485 line is one implementation, a real serial device another.
 #pragma once
 
 #include <cstdint>
@@ -29,15 +27,22 @@ struct Timeouts {
     uint32_t write_total = 0;
 };
 
+// How a port operation ended.
+enum class Io { done, timeout, failed };
+
 class Port {
 public:
     virtual ~Port() = default;
-    // Discards input that arrived before, writes frame (terminator
-    // included) and reads up to the first CR. The characters before the CR,
-    // or nullopt when no CR came within the timeouts.
-    virtual std::optional<std::string> transact(std::string_view frame, const Timeouts& timeouts) = 0;
-    // Writes frame and waits for nothing (broadcasts).
-    virtual void send(std::string_view frame, const Timeouts& timeouts) = 0;
+    // An emulated line keeps simulated time: it never waits, and the client
+    // moves the simulated clock on by each exchange's time on the wire.
+    virtual bool simulated() const = 0;
+    // Drops every byte received and not read yet.
+    virtual void discard_input() = 0;
+    // Sends every byte within timeout_ms (0: no limit).
+    virtual Io write(std::string_view bytes, uint32_t timeout_ms) = 0;
+    // Appends to *out the bytes that arrived, waiting up to timeout_ms
+    // (0: no limit) for the first one.
+    virtual Io read(std::string* out, uint32_t timeout_ms) = 0;
 };
 
 class PortProvider {
@@ -47,5 +52,10 @@ public:
     // port of that name or cannot configure it.
     virtual std::unique_ptr<Port> open(const LineSettings& settings) = 0;
 };
+
+// A real serial device (a path such as /dev/ttyUSB0) set as settings ask
+// (their name is not looked at). nullptr when it cannot be opened or set,
+// with *why telling the problem in at most 31 characters.
+std::unique_ptr<Port> open_device(const std::string& path, const LineSettings& settings, std::string* why);
 
 }  // namespace pacsdk

@@ -15,19 +15,24 @@ class EmulatedPort final : public Port {
 public:
     explicit EmulatedPort(std::shared_ptr<EmulatedLine> line) : line_(std::move(line)) {}
 
-    // Simulated time: a module that stays silent is known at once.
-    std::optional<std::string> transact(std::string_view frame, const Timeouts&) override {
-        auto reply = line_->deliver(frame);
-        if (!reply) return std::nullopt;
-        std::size_t cr = reply->find('\r');
-        if (cr == std::string::npos) return std::nullopt;
-        return reply->substr(0, cr);
+    bool simulated() const override { return true; }
+    void discard_input() override { input_.clear(); }
+    Io write(std::string_view bytes, uint32_t) override {
+        input_ += line_->hear(bytes);
+        return Io::done;
     }
-
-    void send(std::string_view frame, const Timeouts&) override { line_->deliver(frame); }
+    // Every reply is in as soon as the command is out: nothing more will
+    // come, so an empty line is a timeout at once.
+    Io read(std::string* out, uint32_t) override {
+        if (input_.empty()) return Io::timeout;
+        *out += input_;
+        input_.clear();
+        return Io::done;
+    }
 
 private:
     std::shared_ptr<EmulatedLine> line_;
+    std::string input_;
 };
 
 }  // namespace
@@ -51,10 +56,20 @@ Module* EmulatedLine::find(int address) {
     return it == modules_.end() ? nullptr : it->second.get();
 }
 
-std::optional<std::string> EmulatedLine::deliver(std::string_view frame) {
-    std::size_t cr = frame.find('\r');
-    if (cr == std::string_view::npos) return std::nullopt;
-    std::string_view line = frame.substr(0, cr);
+std::string EmulatedLine::hear(std::string_view bytes, const Seen& seen) {
+    pending_ += bytes;
+    std::string replies;
+    for (std::size_t cr; (cr = pending_.find('\r')) != std::string::npos;) {
+        std::string line = pending_.substr(0, cr);
+        pending_.erase(0, cr + 1);
+        auto reply = deliver(line);
+        if (seen) seen(line, reply);
+        if (reply) replies += *reply;
+    }
+    return replies;
+}
+
+std::optional<std::string> EmulatedLine::deliver(std::string_view line) {
     std::optional<std::string> answer;
     for (auto& [address, module] : modules_) {
         auto reply = module->receive(line);
@@ -69,11 +84,28 @@ void EmulatedLine::advance(uint64_t now_us) {
 }
 
 bool Rig::add_port(const std::string& name) {
-    if (!valid_port_name(name) || lines_.count(name)) return false;
+    if (!valid_port_name(name) || lines_.count(name) || devices_.count(name)) return false;
     auto line = std::make_shared<EmulatedLine>();
     line->advance(now_);
     lines_[name] = std::move(line);
     return true;
+}
+
+bool Rig::add_device(const std::string& name, const std::string& path) {
+    if (!valid_port_name(name) || lines_.count(name) || devices_.count(name)) return false;
+    devices_[name] = path;
+    return true;
+}
+
+const std::string* Rig::device(const std::string& name) const {
+    auto it = devices_.find(name);
+    return it == devices_.end() ? nullptr : &it->second;
+}
+
+std::vector<std::string> Rig::line_names() const {
+    std::vector<std::string> names;
+    for (const auto& [name, line] : lines_) names.push_back(name);
+    return names;
 }
 
 EmulatedLine* Rig::line(const std::string& name) {

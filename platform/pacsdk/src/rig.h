@@ -2,11 +2,13 @@
 // simulated clock (microseconds).
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "dcon_module.h"
 #include "port.h"
@@ -23,13 +25,19 @@ public:
     Module* find(int address);
     const std::map<int, std::unique_ptr<Module>>& modules() const { return modules_; }
 
-    // One frame on the wire. Every module hears it; the reply (with its CR)
-    // of the one that answers, if any. A frame without CR is never complete.
-    std::optional<std::string> deliver(std::string_view frame);
+    // Bytes on the wire. Every module hears each line a CR completes; the
+    // replies (with their CR) of those that answer, in order. Bytes after the
+    // last CR wait for the rest of their line. seen, when given, is told each
+    // line and its reply.
+    using Seen = std::function<void(std::string_view line, const std::optional<std::string>& reply)>;
+    std::string hear(std::string_view bytes, const Seen& seen = {});
     void advance(uint64_t now_us);
 
 private:
+    std::optional<std::string> deliver(std::string_view line);
+
     std::map<int, std::unique_ptr<Module>> modules_;
+    std::string pending_;
     uint64_t now_ = 0;
 };
 
@@ -37,7 +45,13 @@ class Rig final : public PortProvider {
 public:
     // false when the name is not a COM port name or is taken.
     bool add_port(const std::string& name);
+    // A port name that stands for a real serial device; the same checks.
+    bool add_device(const std::string& name, const std::string& path);
     EmulatedLine* line(const std::string& name);
+    // The device behind a port name; nullptr when there is none.
+    const std::string* device(const std::string& name) const;
+    // The names of the emulated lines, in order.
+    std::vector<std::string> line_names() const;
     Module* module(const std::string& port, int address);
     void advance(uint64_t now_us);
 
@@ -47,6 +61,7 @@ public:
 
 private:
     std::map<std::string, std::shared_ptr<EmulatedLine>> lines_;
+    std::map<std::string, std::string> devices_;
     uint64_t now_ = 0;
 };
 

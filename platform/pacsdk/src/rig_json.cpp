@@ -45,6 +45,7 @@ private:
         if (!name->is_string() || !valid_port_name(name->get<std::string>()))
             return fail(path + "/port", "\"port\" must be a name COM1 to COM255");
         std::string port = name->get<std::string>();
+        if (entry.contains("device")) return read_device(entry, path, port, rig);
         if (!rig.add_port(port)) return fail(path + "/port", "port " + port + " is listed twice");
         auto modules = entry.find("modules");
         if (modules == entry.end() || modules->is_null()) return true;
@@ -52,6 +53,18 @@ private:
         for (std::size_t j = 0; j < modules->size(); ++j)
             if (!read_module((*modules)[j], path + "/modules/" + std::to_string(j), port, *rig.line(port)))
                 return false;
+        return true;
+    }
+
+    // {"port": "COM3", "device": "/dev/ttyUSB0"}: the name stands for a real
+    // serial device.
+    bool read_device(const json& entry, const std::string& path, const std::string& port, Rig& rig) {
+        const json& device = entry["device"];
+        if (!device.is_string() || device.get<std::string>().empty())
+            return fail(path + "/device", "\"device\" must be a device path");
+        if (entry.contains("modules")) return fail(path + "/modules", "a port with \"device\" has no \"modules\"");
+        if (!rig.add_device(port, device.get<std::string>()))
+            return fail(path + "/port", "port " + port + " is listed twice");
         return true;
     }
 

@@ -1,10 +1,16 @@
 #include "sdk_common.h"
 
+#include <chrono>
+
 namespace pacsdk {
 
 namespace {
 
 thread_local uint32_t thread_last_error = 0;
+thread_local std::string thread_error_detail;
+
+// Longer than any DCON reply: a line that runs past it is not a reply.
+constexpr std::size_t max_reply_chars = 255;
 
 uint32_t judge(const std::string& reply, std::string_view lead, uint32_t refusal, std::string* data) {
     if (!reply.empty() && reply[0] == '?') return refusal;
@@ -24,38 +30,86 @@ uint64_t wire_us(const LineSettings& line, std::size_t chars) {
 
 }  // namespace
 
-void set_last_error(uint32_t code) { thread_last_error = code; }
+void set_last_error(uint32_t code, std::string detail) {
+    thread_last_error = code;
+    thread_error_detail = std::move(detail);
+}
 uint32_t last_error() { return thread_last_error; }
+const std::string& last_error_detail() { return thread_error_detail; }
+
+namespace {
+
+// Reads up to the first CR, within the port's timeouts: 0 with the line
+// (CR left out), or the code of what went wrong.
+uint32_t read_line(Session& session, std::string* line) {
+    using clock = std::chrono::steady_clock;
+    const Timeouts& t = session.timeouts;
+    const auto start = clock::now();
+    std::string got;
+    for (;;) {
+        if (std::size_t cr = got.find('\r'); cr != std::string::npos) {
+            got.resize(cr);
+            *line = std::move(got);
+            return 0;
+        }
+        if (got.size() > max_reply_chars) return PAC_ERR_UART_INTERNAL_BUFFER_OVERFLOW;
+        uint32_t wait = 0;
+        if (t.read_total != 0) {
+            auto spent = std::chrono::duration_cast<std::chrono::milliseconds>(clock::now() - start).count();
+            if (spent >= t.read_total) return PAC_ERR_UART_READ_TIMEOUT;
+            wait = t.read_total - static_cast<uint32_t>(spent);
+        }
+        if (t.read_gap != 0 && !got.empty() && (wait == 0 || t.read_gap < wait)) wait = t.read_gap;
+        switch (session.port->read(&got, wait)) {
+        case Io::done: break;
+        case Io::timeout: return PAC_ERR_UART_READ_TIMEOUT;
+        case Io::failed: return PAC_ERR_UART_GET_WRONG_LINE_STATUS;
+        }
+    }
+}
+
+// Sends line with its CR; 0 or the code of a failed write.
+uint32_t send_line(Session& session, const std::string& line) {
+    Library& lib = library();
+    lib.log.sent(line);
+    // On an emulated line a module acts once the whole command has arrived.
+    if (session.port->simulated()) lib.advance_us(wire_us(session.line, line.size() + 1));
+    session.port->discard_input();
+    return session.port->write(line + "\r", session.timeouts.write_total) == Io::done
+               ? 0
+               : PAC_ERR_UART_GET_WRONG_LINE_STATUS;
+}
+
+}  // namespace
 
 uint32_t exchange(Session& session, std::string_view command, std::string* reply) {
     std::string line(command);
     if (session.checksum) line += checksum(line);
-    Library& lib = library();
-    lib.log.sent(line);
-    // The module acts once the whole command has arrived; a silent one costs
-    // the read timeout.
-    lib.advance_us(wire_us(session.line, line.size() + 1));
-    auto answer = session.port->transact(line + "\r", session.timeouts);
-    if (!answer) {
-        lib.advance_us(uint64_t{session.timeouts.read_total} * 1000);
-        return PAC_ERR_UART_READ_TIMEOUT;
+    if (uint32_t e = send_line(session, line)) return e;
+    std::string answer;
+    uint32_t error = read_line(session, &answer);
+    if (session.port->simulated()) {
+        // A silent module costs the read timeout, in simulated time only.
+        Library& lib = library();
+        if (error == PAC_ERR_UART_READ_TIMEOUT)
+            lib.advance_us(uint64_t{session.timeouts.read_total} * 1000);
+        else if (error == 0)
+            lib.advance_us(wire_us(session.line, answer.size() + 1));
     }
-    lib.advance_us(wire_us(session.line, answer->size() + 1));
-    lib.log.received(*answer);
+    if (error != 0) return error;
+    library().log.received(answer);
     if (session.checksum) {
-        if (!checksum_matches(*answer)) return PAC_ERR_UART_CHECKSUM;
-        answer->resize(answer->size() - 2);
+        if (!checksum_matches(answer)) return PAC_ERR_UART_CHECKSUM;
+        answer.resize(answer.size() - 2);
     }
-    *reply = std::move(*answer);
+    *reply = std::move(answer);
     return 0;
 }
 
 void broadcast(Session& session, std::string_view command) {
     std::string line(command);
     if (session.checksum) line += checksum(line);
-    library().log.sent(line);
-    library().advance_us(wire_us(session.line, line.size() + 1));
-    session.port->send(line + "\r", session.timeouts);
+    send_line(session, line);
 }
 
 uint32_t resolve(PAC_HANDLE handle, int slot, Target* target) {

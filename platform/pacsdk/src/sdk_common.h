@@ -16,8 +16,11 @@
 
 namespace pacsdk {
 
-void set_last_error(uint32_t code);
+// detail, when given, is the message of this error (at most 31 characters)
+// until the next one: it tells what the code alone cannot.
+void set_last_error(uint32_t code, std::string detail = {});
 uint32_t last_error();
+const std::string& last_error_detail();
 
 // ---- Call-log text of arguments ---------------------------------------------
 
@@ -52,8 +55,10 @@ PAC_BOOL status_call(const char* name, Body&& body, const Args&... args) {
 // ---- DCON exchange ----------------------------------------------------------
 
 // One command on a port: checksum (when the port's checksum mode is on) and
-// CR added, the reply read, its checksum checked and removed. 0 with the
-// reply, or PAC_ERR_UART_READ_TIMEOUT / PAC_ERR_UART_CHECKSUM.
+// CR added, the reply line read within the port's timeouts, its checksum
+// checked and removed. 0 with the reply, or PAC_ERR_UART_READ_TIMEOUT,
+// PAC_ERR_UART_CHECKSUM, PAC_ERR_UART_INTERNAL_BUFFER_OVERFLOW (a line too
+// long for a reply), PAC_ERR_UART_GET_WRONG_LINE_STATUS (the device failed).
 uint32_t exchange(Session& session, std::string_view command, std::string* reply);
 // A command that no module answers (broadcast).
 void broadcast(Session& session, std::string_view command);

@@ -38,32 +38,68 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     }
 }
 
-// "COMn[,baud[,parity[,data[,stop]]]]"; nullopt when malformed.
-std::optional<LineSettings> parse_connection(const char* text) {
-    if (!text) return std::nullopt;
+// The port field: a port name, or a device path on a host that has them.
+bool valid_port_field(std::string_view field) {
+    if (valid_port_name(field)) return true;
+    return field.size() > 1 && field.size() < 256 && field[0] == '/' &&
+           std::none_of(field.begin(), field.end(), [](char c) { return static_cast<unsigned char>(c) <= ' '; });
+}
+
+// "PORT[,baud[,parity[,data[,stop]]]]"; nullopt with *why when malformed.
+std::optional<LineSettings> parse_connection(const char* text, std::string* why) {
+    if (!text || !*text) {
+        *why = "No port given";
+        return std::nullopt;
+    }
     auto fields = split(text, ',');
-    if (fields.size() > 5 || !valid_port_name(fields[0])) return std::nullopt;
+    auto fail = [&](const char* problem) -> std::optional<LineSettings> {
+        *why = problem;
+        return std::nullopt;
+    };
+    if (fields.size() > 5) return fail("Too many fields");
+    if (!valid_port_field(fields[0])) return fail("Port is COM1..COM255 or a path");
     LineSettings s;
     s.name = std::string(fields[0]);
     if (fields.size() > 1) {
         auto baud = parse_decimal(fields[1]);
-        if (!baud || (fields[1].size() > 1 && fields[1][0] == '0')) return std::nullopt;
+        if (!baud || (fields[1].size() > 1 && fields[1][0] == '0')) return fail("Baud rate is not a number");
         s.baud = *baud;
     }
     if (fields.size() > 2) {
         if (fields[2].size() != 1 || std::string_view("NOEMS").find(fields[2][0]) == std::string_view::npos)
-            return std::nullopt;
+            return fail("Parity is one of N, O, E, M, S");
         s.parity = fields[2][0];
     }
     if (fields.size() > 3) {
-        if (fields[3].size() != 1 || fields[3][0] < '5' || fields[3][0] > '8') return std::nullopt;
+        if (fields[3].size() != 1 || fields[3][0] < '5' || fields[3][0] > '8') return fail("Data bits are 5 to 8");
         s.data_bits = fields[3][0] - '0';
     }
     if (fields.size() > 4) {
-        if (fields[4] != "1" && fields[4] != "2") return std::nullopt;
+        if (fields[4] != "1" && fields[4] != "2") return fail("Stop bits are 1 or 2");
         s.stop_bits = fields[4][0] - '0';
     }
     return s;
+}
+
+// "PROBLEM: NAME" when it fits an error message, else PROBLEM.
+std::string naming(const std::string& problem, const std::string& name) {
+    std::string text = problem + ": " + name;
+    return text.size() <= message_chars ? text : problem;
+}
+
+// A port of the rig, or the real device a port name or path stands for.
+std::unique_ptr<Port> open_port(Rig& rig, const LineSettings& settings, std::string* why) {
+    if (rig.line(settings.name)) {
+        if (auto port = rig.open(settings)) return port;
+        *why = "Baud rate not supported";
+        return nullptr;
+    }
+    const std::string* device = rig.device(settings.name);
+    if (!device && settings.name[0] != '/') {
+        *why = naming("Not in the rig", settings.name);
+        return nullptr;
+    }
+    return open_device(device ? *device : settings.name, settings, why);
 }
 
 }  // namespace
@@ -75,19 +111,19 @@ PACSDK_API PAC_HANDLE uart_Open(const char* connection) {
     std::lock_guard lock(lib.mutex);
     PAC_HANDLE handle = PAC_INVALID_HANDLE;
     uint32_t error = 0;
-    auto settings = parse_connection(connection);
+    std::string why;
+    auto settings = parse_connection(connection, &why);
     if (!settings) {
         error = PAC_ERR_INVALID_COMPORT_NUMBER;
     } else if (lib.is_open(settings->name)) {
         error = PAC_ERR_UART_OPEN_FAILED;
-    } else if (auto port = lib.rig().open(*settings)) {
-        // A real serial device would be asked for here when the rig has no
-        // port of that name.
+        why = naming("Already open", settings->name);
+    } else if (auto port = open_port(lib.rig(), *settings, &why)) {
         handle = lib.add_session(*settings, std::move(port));
     } else {
         error = PAC_ERR_UART_OPEN_FAILED;
     }
-    if (error != 0) set_last_error(error);
+    if (error != 0) set_last_error(error, why);
     lib.log.sdk(call_text("uart_Open", connection) + " -> " + lib.handle_text(handle));
     return handle;
 }
@@ -168,7 +204,8 @@ PACSDK_API void pac_GetErrorMessage(PAC_DWORD code, char* message) {
     Library& lib = library();
     std::lock_guard lock(lib.mutex);
     if (message) {
-        const char* text = error_text(code);
+        const char* text = code == last_error() && !last_error_detail().empty() ? last_error_detail().c_str()
+                                                                                : error_text(code);
         std::size_t n = std::min(std::strlen(text), message_chars);
         std::memcpy(message, text, n);
         message[n] = '\0';
