@@ -51,6 +51,7 @@ Bench set_up(const Signature& s) {
         const unsigned total = total_of(*usbsim::find_model(m.model), s.group);
         if (total == 0) continue;
         b.model = m.model;
+        b.board = m.board;
         b.total = total;
         b.usb_closed = open_usb(m);
         icpusb_closedevice(b.usb_closed);
@@ -77,7 +78,7 @@ nvValue valid(const icp::Function& f, const Signature& s, std::size_t position, 
         case Param::Boolean: return icp::make::boolean(true);
         case Param::String:
             if (exp.find("last_error") != std::string_view::npos) return icp::make::text("s");
-            if (exp == "icpcom_opendevice") return icp::make::text("COM2,9600");
+            if (exp == "icpcom_opendevice") return icp::make::text(port);
             return icp::make::text("$01M");
         case Param::IdOrCode: return icp::make::text(b.model);
         case Param::Channels:

@@ -13,6 +13,7 @@ namespace reliability {
 struct Bench {
     nvValue usb, usb_closed, com, com_closed;
     std::string model;  // the USB module's model ID
+    int board = 0;
     unsigned total = 0;  // its channel total of the function's group
 };
 
