@@ -9,7 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
+#include <iostream>
 #include <map>
 #include <sstream>
 #include <string>
@@ -331,8 +331,9 @@ TEST(Reliability, EverySdkCallOfEveryFunctionFails) {
             }
         }
     }
-    std::printf("SDK faults: %zu functions, %zu with SDK calls, %zu faults\n", functions, with_calls, faults);
-    for (const auto& name : never_succeeded) std::printf("  no successful call found for %s\n", name.c_str());
+    std::cout << "SDK faults: " << functions << " functions, " << with_calls << " with SDK calls, " << faults
+              << " faults\n";
+    for (const auto& name : never_succeeded) std::cout << "  no successful call found for " << name << '\n';
 }
 
 }  // namespace

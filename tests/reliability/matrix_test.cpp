@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <iostream>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -128,7 +128,7 @@ TEST(Reliability, EveryFunctionEveryPositionEveryKind) {
             }
         }
     }
-    std::printf("argument matrix: %zu functions, %zu calls\n", functions, calls);
+    std::cout << "argument matrix: " << functions << " functions, " << calls << " calls\n";
     EXPECT_GT(functions, 0u);
 }
 
