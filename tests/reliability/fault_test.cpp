@@ -149,7 +149,7 @@ std::vector<std::size_t> good_choice(const icp::Function& f, const Signature& s)
     std::vector<std::size_t> sizes;
     for (std::size_t i = 0; i < s.params.size(); ++i) sizes.push_back(candidates(f, s, i, probe).size());
     std::vector<std::size_t> choice(s.params.size(), 0);
-    for (int tries = 0; tries < 600; ++tries) {
+    for (int tries = 0; tries < 300; ++tries) {
         const Bench b = bench_for(s);
         std::vector<nvValue> args;
         for (std::size_t i = 0; i < choice.size(); ++i) args.push_back(candidates(f, s, i, b)[choice[i]]);
