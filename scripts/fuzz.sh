@@ -50,8 +50,13 @@ run() {
 if [[ $# -ge 1 ]]; then
   run "$1" "${2:--1}" 0
 else
+  failed=()
   for entry in "${targets[@]}"; do
     read -r target runs <<<"$entry"
-    run "$target" "$runs" 20
+    run "$target" "$runs" 20 || failed+=("$target")
   done
+  if [[ ${#failed[@]} -gt 0 ]]; then
+    echo "fuzz: failed: ${failed[*]}" >&2
+    exit 1
+  fi
 fi
