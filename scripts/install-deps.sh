@@ -3,6 +3,8 @@
 #
 #   bash scripts/install-deps.sh            the native build (presets default, asan)
 #   bash scripts/install-deps.sh windows    also the Windows cross build and Wine
+#   bash scripts/install-deps.sh fuzz       also clang and its libFuzzer (the fuzz preset)
+#   bash scripts/install-deps.sh windows fuzz
 #
 # Nothing is asked: the package lists are refreshed and the packages
 # installed non-interactively, as root or through sudo.
@@ -17,13 +19,18 @@ windows=(
   mingw-w64 g++-mingw-w64-x86-64-posix
   wine wine64
 )
+fuzz=(
+  clang libclang-rt-14-dev
+)
 
 wanted=("${native[@]}")
-case "${1:-}" in
-  "") ;;
-  windows) wanted+=("${windows[@]}") ;;
-  *) echo "usage: $0 [windows]" >&2; exit 2 ;;
-esac
+for extra in "$@"; do
+  case $extra in
+    windows) wanted+=("${windows[@]}") ;;
+    fuzz) wanted+=("${fuzz[@]}") ;;
+    *) echo "usage: $0 [windows] [fuzz]" >&2; exit 2 ;;
+  esac
+done
 
 missing=()
 for package in "${wanted[@]}"; do

@@ -60,6 +60,14 @@ bool load_rig(const std::string& json_text, std::string* error) {
     return true;
 }
 
+void fail_next(const std::string& function, uint32_t code, unsigned count, unsigned skip) {
+    Lock lock(library().mutex);
+    if (count == 0 || code == 0)
+        library().faults.erase(function);
+    else
+        library().faults[function] = pacsdk::Fault{code, count, skip};
+}
+
 bool add_port(const std::string& port) {
     Lock lock(library().mutex);
     return library().rig().add_port(port);

@@ -48,7 +48,21 @@ void Library::advance_us(uint64_t us) {
     rig_->advance(now_us_);
 }
 
+bool Library::take_fault(std::string_view name, uint32_t* code) {
+    auto it = faults.find(name);
+    if (it == faults.end()) return false;
+    Fault& f = it->second;
+    if (f.skip > 0) {
+        --f.skip;
+        return false;
+    }
+    *code = f.code;
+    if (--f.remaining == 0) faults.erase(it);
+    return true;
+}
+
 void Library::reset(std::unique_ptr<Rig> rig) {
+    faults.clear();
     sessions_.clear();
     next_number_ = 1;
     now_us_ = 0;

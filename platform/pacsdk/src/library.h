@@ -56,12 +56,22 @@ struct Session {
     Timeouts timeouts;
 };
 
+// An armed failure of one SDK function (pacsim::fail_next).
+struct Fault {
+    uint32_t code = 0;
+    unsigned remaining = 0;
+    unsigned skip = 0;  // calls that still go through first
+};
+
 class Library {
 public:
     Library();
 
     std::recursive_mutex mutex;
     CallLog log;
+    std::map<std::string, Fault, std::less<>> faults;
+    // Whether the next call of `name` is to fail; its code in *code.
+    bool take_fault(std::string_view name, uint32_t* code);
 
     Rig& rig() { return *rig_; }
     // The simulated clock, kept in microseconds so that short exchanges add

@@ -40,13 +40,14 @@ std::string call_text(const char* name, const Args&... args) {
 
 // Runs body (which returns 0 or an error code) under the library lock, sets
 // the last error when it fails, logs "NAME(ARGS) -> 1|0" and returns the
-// status.
+// status. A failure armed by pacsim::fail_next replaces the body.
 template <class Body, class... Args>
 PAC_BOOL status_call(const char* name, Body&& body, const Args&... args) {
     Library& lib = library();
     std::lock_guard lock(lib.mutex);
     std::string call = call_text(name, args...);
-    uint32_t error = body();
+    uint32_t error = 0;
+    if (!lib.take_fault(name, &error)) error = body();
     if (error != 0) set_last_error(error);
     lib.log.sdk(call + (error != 0 ? " -> 0" : " -> 1"));
     return error != 0 ? 0 : 1;

@@ -291,7 +291,8 @@ PACSDK_API PAC_BOOL pac_GetModuleWDTStatus(PAC_HANDLE port, int slot) {
     std::lock_guard lock(lib.mutex);
     std::string call = call_text("pac_GetModuleWDTStatus", port, slot);
     bool timed_out = false;
-    uint32_t error = [&]() -> uint32_t {
+    uint32_t error = 0;
+    if (!lib.take_fault("pac_GetModuleWDTStatus", &error)) error = [&]() -> uint32_t {
         Target t;
         if (uint32_t e = resolve(port, slot, &t)) return e;
         std::string data;

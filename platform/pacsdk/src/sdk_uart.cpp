@@ -113,7 +113,9 @@ PACSDK_API PAC_HANDLE uart_Open(const char* connection) {
     uint32_t error = 0;
     std::string why;
     auto settings = parse_connection(connection, &why);
-    if (!settings) {
+    if (lib.take_fault("uart_Open", &error)) {
+        // armed by pacsim::fail_next
+    } else if (!settings) {
         error = PAC_ERR_INVALID_COMPORT_NUMBER;
     } else if (lib.is_open(settings->name)) {
         error = PAC_ERR_UART_OPEN_FAILED;

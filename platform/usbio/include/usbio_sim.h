@@ -244,8 +244,10 @@ USBSIM_API bool set_frequency(std::uint16_t type_code, std::uint8_t board, unsig
                               double hz);
 
 // The next `count` calls of the SDK function `function` (its exact name)
-// return `code` without any effect. CreateInstance so failed returns null.
-USBSIM_API void fail_next(const std::string& function, std::int32_t code, unsigned count = 1);
+// return `code` without any effect, after `skip` calls that go through.
+// CreateInstance so failed returns null.
+USBSIM_API void fail_next(const std::string& function, std::int32_t code, unsigned count = 1,
+                          unsigned skip = 0);
 
 // The simulated clock, in milliseconds from reset(). The software watchdog
 // of an open module whose automatic reset is off expires when no call

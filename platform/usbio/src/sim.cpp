@@ -187,6 +187,10 @@ Module* Sim::add(const Model& model, std::uint8_t board) {
 bool Sim::take_fault(const std::string& name, std::int32_t& code) {
     auto it = faults.find(name);
     if (it == faults.end() || it->second.remaining == 0) return false;
+    if (it->second.skip > 0) {
+        --it->second.skip;
+        return false;
+    }
     code = it->second.code;
     if (--it->second.remaining == 0) faults.erase(it);
     return true;
@@ -411,10 +415,10 @@ bool set_frequency(std::uint16_t type_code, std::uint8_t board, unsigned channel
     });
 }
 
-void fail_next(const std::string& function, std::int32_t code, unsigned count) {
+void fail_next(const std::string& function, std::int32_t code, unsigned count, unsigned skip) {
     auto held = lock();
     if (count == 0) sim().faults.erase(function);
-    else sim().faults[function] = detail::Fault{code, count};
+    else sim().faults[function] = detail::Fault{code, count, skip};
 }
 
 void advance_ms(std::uint32_t ms) {

@@ -61,6 +61,7 @@ using Instance = ::usbio_instance;
 struct Fault {
     std::int32_t code = 0;
     unsigned remaining = 0;
+    unsigned skip = 0;  // calls that still go through first
 };
 
 // The call log keeps the latest lines only, so that memory stays flat

@@ -1,0 +1,340 @@
+// SDK faults over the whole catalogue: for each function, a good call's SDK
+// calls are recorded, then each of them is made to fail in turn (a USB code,
+// a PAC SDK status 0 with a code) and, for serial functions that talk to a
+// module, the module falls silent or its reply arrives corrupt or cut. The
+// function returns what it returns for a failure, the error code is the one
+// injected, and the modules' state is as before (or, for a loop that stops
+// part-way, as far as the loop went).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <iostream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "ICPDAS_USBIO.h"
+#include "PACSDK.h"
+#include "com/port.h"
+#include "pacsdk_sim.h"
+#include "plugin/state.h"
+#include "plugin/values/values.h"
+#include "tests/reliability/bench.h"
+#include "usb/device.h"
+#include "usbio_sim.h"
+
+namespace reliability {
+namespace {
+
+constexpr std::int32_t usb_code = 0x10103;
+constexpr std::uint32_t pac_code = 0x50003;
+
+// --- The state a call may change ---
+
+template <class T>
+void put(std::ostringstream& o, const char* name, const T& v) {
+    o << name << '=' << +v << ' ';
+}
+
+std::string usb_state() {
+    std::ostringstream o;
+    for (const auto& m : usbsim::models()) {
+        for (int board = 0; board < 16; ++board) {
+            const auto s = usbsim::module_state(m.type_code, static_cast<std::uint8_t>(board));
+            if (!s) continue;
+            o << m.id << '/' << board << ": ";
+            put(o, "user", s->user_board);
+            put(o, "open", s->open);
+            o << "nick=" << s->nickname << ' ';
+            put(o, "comm", s->comm_timeout_ms);
+            put(o, "wdt", s->soft_wdt_timeout_ms);
+            put(o, "auto", s->auto_reset_wdt);
+            put(o, "do", s->do_word);
+            put(o, "doinv", s->do_inverse);
+            put(o, "dosafe", s->do_safety_enable);
+            put(o, "dosafev", s->do_safety_value);
+            for (auto b : s->do_power_on) o << +b;
+            put(o, " diinv", s->di_inverse);
+            put(o, "edges", s->di_edges);
+            put(o, "filter", s->di_filter_width);
+            for (auto c : s->di_counters) o << c << ',';
+            for (const auto& c : s->ai) o << +c.type_code << '/' << c.cjc_offset << '/' << c.sample_rate << ',';
+            put(o, " aien", s->ai_enable);
+            put(o, "rej", s->ai_filter_rejection);
+            put(o, "cjc", s->ai_cjc_offset);
+            put(o, "cjcen", s->ai_cjc_enable);
+            put(o, "wire", s->ai_wire_detect);
+            for (const auto& c : s->ao)
+                o << +c.type_code << '/' << c.raw << '/' << c.expected << '/' << +c.power_on_enable << '/'
+                  << c.power_on_raw << '/' << c.safety_raw << ',';
+            put(o, " aoen", s->ao_enable);
+            put(o, "aosafe", s->ao_safety_enable);
+            for (const auto& c : s->pi)
+                o << +c.type_code << '/' << +c.trigger_mode << '/' << c.isolated << '/' << c.lp_filter_enable << '/'
+                  << c.lp_filter_width_us << '/' << c.count << '/' << +c.status << ',';
+            o << '\n';
+        }
+    }
+    return o.str();
+}
+
+std::string serial_state() {
+    std::ostringstream o;
+    for (int address = 1; address <= 4; ++address) {
+        pacsim::ModuleState s;
+        if (!pacsim::module_state("COM1", address, &s)) continue;
+        o << address << ": ";
+        put(o, "wdt", s.wdt_enabled);
+        put(o, "timeout", s.wdt_timeout);
+        put(o, "out", s.wdt_timed_out);
+        for (const auto* v : {&s.ao_command, &s.ao_output, &s.ao_power_on, &s.ao_safe})
+            for (double x : *v) o << x << ',';
+        put(o, " do", s.do_word);
+        put(o, "pon", s.do_power_on);
+        put(o, "safe", s.do_safe);
+        for (const auto& p : s.pwm)
+            o << p.duty << '/' << p.frequency << '/' << p.continuous << '/' << p.pulse_count << '/' << p.trigger << '/'
+              << p.sync << '/' << p.running << ',';
+        o << '\n';
+    }
+    o << "recording=" << icp::recording_enabled << ' ' << icp::recorded_commands.size() << '\n';
+    return o.str();
+}
+
+std::string state() { return usb_state() + serial_state(); }
+
+// --- A good call ---
+
+std::vector<nvValue> candidates(const icp::Function& f, const Signature& s, std::size_t position, const Bench& b) {
+    using icp::make::integer;
+    switch (s.params[position]) {
+        case Param::Integer:
+        case Param::Unsigned: {
+            std::vector<nvValue> v;
+            for (int i : {1, 0, 2, 3, 4, 8, 16, 100, 0x32, 0x50}) v.push_back(integer(i));
+            return v;
+        }
+        case Param::Real: return {icp::make::real(1.5), icp::make::real(0.5)};
+        case Param::Boolean: return {icp::make::boolean(true), icp::make::boolean(false)};
+        case Param::Channels: {
+            std::vector<nvValue> v;
+            for (int i : {1, 0, 8, 16, 100, 0x32, 0x50})
+                v.push_back(icp::make::vector(b.total, [&](unsigned) { return integer(i); }));
+            return v;
+        }
+        default: return {valid(f, s, position, b)};
+    }
+}
+
+bool succeeded(const nvValue& v) { return !v.isNull() && !(v.isBoolean() && !v.toBool()); }
+
+// The bench for a fault run: the handles a function does not take are
+// closed again, so that opening functions find their device free.
+Bench bench_for(const Signature& s) {
+    Bench b = set_up(s);
+    const bool usb = std::count(s.params.begin(), s.params.end(), Param::UsbHandle) > 0;
+    const bool com = std::count(s.params.begin(), s.params.end(), Param::ComHandle) > 0;
+    if (!usb) icpusb_closedevice(b.usb);
+    if (!com) icpcom_closedevice(b.com);
+    clear_calls();
+    return b;
+}
+
+// The first combination of candidates that succeeds (the first position
+// turning fastest); the first combination when none does.
+std::vector<std::size_t> good_choice(const icp::Function& f, const Signature& s) {
+    const Bench probe = bench_for(s);
+    std::vector<std::size_t> sizes;
+    for (std::size_t i = 0; i < s.params.size(); ++i) sizes.push_back(candidates(f, s, i, probe).size());
+    std::vector<std::size_t> choice(s.params.size(), 0);
+    for (int tries = 0; tries < 3000; ++tries) {
+        const Bench b = bench_for(s);
+        std::vector<nvValue> args;
+        for (std::size_t i = 0; i < choice.size(); ++i) args.push_back(candidates(f, s, i, b)[choice[i]]);
+        if (succeeded(f.invoke(args))) return choice;
+        std::size_t i = 0;
+        while (i < choice.size() && ++choice[i] == sizes[i]) choice[i++] = 0;
+        if (i == choice.size()) break;
+    }
+    return std::vector<std::size_t>(s.params.size(), 0);
+}
+
+std::vector<nvValue> arguments(const icp::Function& f, const Signature& s, const Bench& b,
+                               const std::vector<std::size_t>& choice) {
+    std::vector<nvValue> args;
+    for (std::size_t i = 0; i < choice.size(); ++i) args.push_back(candidates(f, s, i, b)[choice[i]]);
+    return args;
+}
+
+// --- What a failure gives ---
+
+enum class Outcome { Null, False, True, Unchanged, Any };
+
+struct Expectation {
+    Outcome result = Outcome::Null;
+    bool injected_code = true;  // else the error stays 0
+};
+
+// The failure of one SDK call as the function reports it.
+Expectation expected(const icp::Function& f, const Signature& s, const std::string& call, unsigned before = 0) {
+    const std::string exp = f.export_name;
+    constexpr const char* totals[] = {"", "GetDOTotal", "GetDITotal", "GetAITotal", "GetAOTotal", "GetPITotal"};
+    // The group gate keeps no code; the DI channel reader reads its total
+    // first through a body that does, then through the gate of the read.
+    if (s.group != Group::None && call == totals[static_cast<int>(s.group)])
+        return {Outcome::Null, exp == "icpusb_di_readchannelvalue" && before == 0};
+    if (exp == "icpusb_listdevice") return {call == "ScanDevice" ? Outcome::Unchanged : Outcome::Any, false};
+    if (call == "CreateInstance") return {Outcome::Null, false};
+    if (exp == "icpcom_getwdtstatus") return {Outcome::False, true};
+    if (exp == "icpcom_rec_cmd_exec") return {Outcome::True, true};
+    return {};
+}
+
+struct Sdk {
+    bool usb;
+    std::string name;
+    unsigned before;  // calls of the same name before it
+};
+
+// The calls of a good call that can be made to fail.
+std::vector<Sdk> failable(const std::vector<std::string>& usb_log, const std::vector<std::string>& pac_log) {
+    std::vector<Sdk> out;
+    std::map<std::string, unsigned> seen;
+    for (const auto& line : usb_log) {
+        const std::string name = call_name(line);
+        out.push_back({true, name, seen["usb:" + name]++});
+    }
+    for (const auto& line : pac_log) {
+        if (line.rfind("dcon", 0) == 0 || line.find(" -> ") == std::string::npos) continue;
+        const std::string name = call_name(line);
+        if (name == "pac_GetLastError") continue;
+        out.push_back({false, name, seen["pac:" + name]++});
+    }
+    return out;
+}
+
+std::int32_t error_code(const Signature& s) {
+    return s.usb ? icp::usb_last_error : static_cast<std::int32_t>(pac_GetLastError());
+}
+
+void check(const char* what, const icp::Function& f, const Signature& s, const Expectation& e,
+           const nvValue& good, const nvValue& result, std::int32_t error, std::int32_t code) {
+    const std::string where = std::string(f.script_name) + ", " + what;
+    switch (e.result) {
+        case Outcome::Null: EXPECT_TRUE(result.isNull()) << where << ": " << describe(result); break;
+        case Outcome::False: EXPECT_TRUE(result.isBoolean() && !result.toBool()) << where << ": " << describe(result); break;
+        case Outcome::True: EXPECT_TRUE(result.isBoolean() && result.toBool()) << where << ": " << describe(result); break;
+        case Outcome::Unchanged: EXPECT_EQ(result.repr(), good.repr()) << where; break;
+        case Outcome::Any: EXPECT_TRUE(result.isNull() || is(s.result, result)) << where << ": " << describe(result); break;
+    }
+    EXPECT_EQ(error, e.injected_code ? code : 0) << where << ": error code";
+}
+
+// DO power-on enables set one call per channel: a failure at channel k
+// leaves channels 0 .. k-1 set from the mask.
+std::string partial_loop_state(const icp::Function& f, const Bench& b, const std::string& before, const Sdk& sdk,
+                               const std::vector<nvValue>& args) {
+    if (std::string(f.export_name) != "icpusb_do_setpoweronenables") return before;
+    usbsim::use_default_rig();
+    // Replays the channels that went through on a fresh rig, then reads
+    // the state as the loop left it.
+    const nvValue handle = icpusb_opendevice(icp::make::text(b.model), icp::make::integer(b.board));
+    for (unsigned ch = 0; ch < sdk.before; ++ch)
+        DO_SetPowerOnEnable(static_cast<USBIO_HANDLE>(icp::address_of(handle)), static_cast<std::uint8_t>(ch),
+                            static_cast<std::uint8_t>((args[1].toUnsignedInt() >> ch) & 1u));
+    return state();
+}
+
+TEST(Reliability, EverySdkCallOfEveryFunctionFails) {
+    std::size_t functions = 0, with_calls = 0, faults = 0;
+    std::vector<std::string> never_succeeded;
+    for (const icp::Function* fp : icp::catalogue()) {
+        const icp::Function& f = *fp;
+        const Signature s = signature(f);
+        ++functions;
+        const std::vector<std::size_t> choice = good_choice(f, s);
+
+        // The good call, and what it asked of the SDKs.
+        Bench b = bench_for(s);
+        const nvValue good = f.invoke(arguments(f, s, b, choice));
+        if (good.isNull()) never_succeeded.push_back(f.script_name);
+        const std::vector<std::string> usb_log = usbsim::calls();
+        const std::vector<std::string> pac_log = pacsim::calls();
+        const std::vector<Sdk> calls = failable(usb_log, pac_log);
+        if (calls.empty()) {
+            never_succeeded.erase(std::remove(never_succeeded.begin(), never_succeeded.end(), f.script_name),
+                                  never_succeeded.end());
+            continue;
+        }
+        ++with_calls;
+
+        for (const Sdk& sdk : calls) {
+            b = bench_for(s);
+            const std::vector<nvValue> args = arguments(f, s, b, choice);
+            const std::string before = state();
+            if (sdk.usb)
+                usbsim::fail_next(sdk.name, usb_code, 1, sdk.before);
+            else
+                pacsim::fail_next(sdk.name, pac_code, 1, sdk.before);
+            const nvValue result = f.invoke(args);
+            const std::int32_t error = error_code(s);
+            const std::string after = state();
+            ++faults;
+            const std::string what = sdk.name + " #" + std::to_string(sdk.before + 1) + " failing";
+            check(what.c_str(), f, s, expected(f, s, sdk.name, sdk.before), good, result, error,
+                  sdk.usb ? usb_code : static_cast<std::int32_t>(pac_code));
+            EXPECT_EQ(after, partial_loop_state(f, b, before, sdk, args)) << f.script_name << ", " << what;
+        }
+
+        // A module that falls silent, a reply corrupt or cut short: only for
+        // calls that wait for a module's reply and judge it (a raw command's
+        // reply is the script's to judge).
+        const bool replies = std::any_of(pac_log.begin(), pac_log.end(),
+                                         [](const std::string& l) { return l.rfind("dcon<", 0) == 0; });
+        const bool raw = std::any_of(pac_log.begin(), pac_log.end(),
+                                     [](const std::string& l) { return l.rfind("uart_SendCmd", 0) == 0; });
+        if (!replies) continue;
+        struct LineFault {
+            const char* what;
+            void (*arm)(int address);
+            bool judged;
+        };
+        const LineFault line_faults[] = {
+            {"module silent", [](int a) { pacsim::silence("COM1", a, true); }, false},
+            {"reply corrupt", [](int a) { pacsim::corrupt_next_reply("COM1", a); }, true},
+            {"reply cut short", [](int a) { pacsim::cut_next_reply("COM1", a, 0); }, true},
+        };
+        for (const auto& lf : line_faults) {
+            if (lf.judged && raw) continue;
+            b = bench_for(s);
+            const std::vector<nvValue> args = arguments(f, s, b, choice);
+            const std::string before = state();
+            for (int a = 1; a <= 4; ++a) lf.arm(a);
+            const nvValue result = f.invoke(args);
+            const std::int32_t error = error_code(s);
+            for (int a = 1; a <= 4; ++a) pacsim::silence("COM1", a, false);
+            ++faults;
+            Expectation e = expected(f, s, "");
+            const std::string where = std::string(f.script_name) + ", " + lf.what;
+            switch (e.result) {
+                case Outcome::False: EXPECT_TRUE(result.isBoolean() && !result.toBool()) << where; break;
+                case Outcome::True: EXPECT_TRUE(result.isBoolean() && result.toBool()) << where; break;
+                default: EXPECT_TRUE(result.isNull()) << where << ": " << describe(result);
+            }
+            EXPECT_NE(error, 0) << where << ": error code";
+            // A module that took a command before its reply went wrong has
+            // acted on it; only silence leaves every module as it was.
+            if (!lf.judged) {
+                EXPECT_EQ(state(), before) << where;
+            }
+        }
+    }
+    std::cout << "SDK faults: " << functions << " functions, " << with_calls << " with SDK calls, " << faults
+              << " faults\n";
+    for (const auto& name : never_succeeded) ADD_FAILURE() << "no successful call found for " << name;
+}
+
+}  // namespace
+}  // namespace reliability

@@ -1,0 +1,154 @@
+// Every function of the catalogue, every parameter position, every kind of
+// value a script can pass, while the other positions hold a value of the
+// right kind. Each call returns; its result is null or of the function's
+// success kind; a value of a wrong kind (or a handle without an address)
+// gives null, leaves the error state as the body's first step set it, and
+// makes no SDK call beyond those made before any argument is looked at.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "PACSDK.h"
+#include "plugin/state.h"
+#include "plugin/values/values.h"
+#include "tests/reliability/bench.h"
+
+namespace reliability {
+namespace {
+
+using icp::make::integer;
+using icp::make::real;
+using icp::make::text;
+
+nvValue wide(long long i) { return nvValue(NuvarelMath::ValueTypes::nvInteger(i)); }
+
+nvValue numbers(unsigned n) {
+    return icp::make::vector(n, [](unsigned i) { return integer(static_cast<std::int32_t>(i)); });
+}
+
+struct Probe {
+    std::string label;
+    nvValue value;
+};
+
+// The values a script can build; vectors that are not numeric have the
+// group's length, so that they meet the numeric test.
+std::vector<Probe> values(unsigned total) {
+    const unsigned n = total > 1 ? total : 2;
+    std::vector<Probe> p = {
+        {"null", nvValue()},
+        {"true", icp::make::boolean(true)},
+        {"false", icp::make::boolean(false)},
+    };
+    for (long long i : {0LL, -1LL, 1LL, 255LL, 256LL, 65535LL, 65536LL, 2147483647LL, -2147483648LL, 4294967295LL,
+                        4294967296LL, std::numeric_limits<long long>::max(), std::numeric_limits<long long>::min()})
+        p.push_back({"Integer " + std::to_string(i), wide(i)});
+    for (double x : {0.5, -0.5, 1e300, -1e300, std::nan(""), std::numeric_limits<double>::infinity(),
+                     -std::numeric_limits<double>::infinity(), 5.0})
+        p.push_back({"Double " + real(x).repr(), real(x)});
+    for (std::size_t len : {0u, 19u, 20u, 300u}) p.push_back({"String of " + std::to_string(len), text(std::string(len, 'A'))});
+    p.push_back({"String with a zero byte", text(std::string("$01\0M", 5))});
+    for (unsigned len : {0u, 1u, 15u, 16u, 17u, 1000u}) p.push_back({"Vector of " + std::to_string(len), numbers(len)});
+    p.push_back({"Vector of Strings", icp::make::vector(n, [](unsigned) { return text("1"); })});
+    p.push_back({"nested Vector", icp::make::vector(n, [](unsigned) { return numbers(2); })});
+    p.push_back({"Matrix", icp::make::matrix2(n, [](unsigned r, unsigned) { return integer(static_cast<std::int32_t>(r)); })});
+    p.push_back({"table", icp::make::table2(n, [](unsigned, unsigned) { return integer(1); }, "a", "b")});
+    p.push_back({"handle without address", nvValue(NuvarelMath::ValueTypes::nvInteger(static_cast<nvValue*>(nullptr)))});
+    return p;
+}
+
+// The bench's handles: open and closed, of both subsystems.
+std::vector<Probe> handles(const Bench& b) {
+    return {{"open USB handle", b.usb},
+            {"closed USB handle", b.usb_closed},
+            {"open serial handle", b.com},
+            {"closed serial handle", b.com_closed}};
+}
+
+constexpr std::int32_t before = 7;
+
+// The error state a refused argument leaves: what the body's first step
+// set, or untouched (kept at `before`) for the bodies that do not reset it.
+std::int32_t refused_error(const icp::Function& f, const Signature& s, Param p) {
+    const std::string exp = f.export_name;
+    if (exp == "icpusb_last_error" || exp == "icpcom_last_error" || exp.rfind("icpcom_rec_cmd_", 0) == 0 ||
+        exp == "plugin_icp_loaded")
+        return before;
+    if (s.usb && p == Param::UsbHandle) return -1;
+    return 0;
+}
+
+std::int32_t error_state(const Signature& s) {
+    return s.usb ? icp::usb_last_error : static_cast<std::int32_t>(pac_GetLastError());
+}
+
+TEST(Reliability, EveryFunctionEveryPositionEveryKind) {
+    std::size_t functions = 0, calls = 0;
+    for (const icp::Function* f : icp::catalogue()) {
+        const Signature s = signature(*f);
+        ++functions;
+        // A call that went no further than the checks changed nothing: the
+        // rig is set up afresh only after one that reached the SDK.
+        Bench b = set_up(s);
+        bool fresh = true;
+        const std::vector<Probe> fixed = values(b.total);
+        for (std::size_t pos = 0; pos < s.params.size(); ++pos) {
+            const Param param = s.params[pos];
+            for (std::size_t k = 0; k < fixed.size() + handles(b).size(); ++k) {
+                if (!fresh) b = set_up(s);
+                const Probe probe = k < fixed.size() ? fixed[k] : handles(b)[k - fixed.size()];
+                std::vector<nvValue> args = valid_args(*f, s, b);
+                args[pos] = probe.value;
+                const bool refused = !accepts(param, probe.value, b.total);
+
+                icp::usb_last_error = before;
+                pac_SetLastError(static_cast<PAC_DWORD>(before));
+                clear_calls();
+                const nvValue result = f->invoke(args);
+                const std::vector<std::string> log = sdk_calls();
+                const std::int32_t error = error_state(s);
+                ++calls;
+                fresh = std::all_of(log.begin(), log.end(), [&](const std::string& l) { return before_arguments(l, s); });
+
+                const std::string where = std::string(f->script_name) + " argument " + std::to_string(pos + 1) +
+                                          " (" + name(param) + ") = " + probe.label;
+                EXPECT_TRUE(result.isNull() || is(s.result, result))
+                    << where << ": " << describe(result) << " is not null nor a " << name(s.result);
+                if (!refused) continue;
+                EXPECT_TRUE(result.isNull()) << where << ": refused value gave " << describe(result);
+                for (const auto& line : log)
+                    EXPECT_TRUE(before_arguments(line, s)) << where << ": reached the SDK: " << line;
+                EXPECT_EQ(error, refused_error(*f, s, param)) << where << ": error state";
+            }
+        }
+    }
+    std::cout << "argument matrix: " << functions << " functions, " << calls << " calls\n";
+    EXPECT_GT(functions, 0u);
+}
+
+// The matrix means something only if the right-kind arguments it starts
+// from take every function past its checks: each call reaches the SDK
+// (beyond the calls made before the arguments are looked at), except the
+// few functions that never call it.
+TEST(Reliability, RightKindArgumentsReachTheSdk) {
+    const std::vector<std::string> sdk_free = {"plugin_icp_loaded", "icpusb_last_error", "icpcom_rec_cmd_start",
+                                               "icpcom_rec_cmd_stop"};
+    for (const icp::Function* f : icp::catalogue()) {
+        const Signature s = signature(*f);
+        Bench b = set_up(s);
+        const nvValue result = f->invoke(valid_args(*f, s, b));
+        bool reached = false;
+        for (const auto& line : sdk_calls()) reached = reached || !before_arguments(line, s);
+        const bool free = std::find(sdk_free.begin(), sdk_free.end(), f->export_name) != sdk_free.end();
+        EXPECT_EQ(reached, !free) << f->script_name << " gave " << describe(result);
+    }
+}
+
+}  // namespace
+}  // namespace reliability
