@@ -248,21 +248,31 @@ ScriptFunction::Entry Plugin::symbol(const std::string& name) const {
 
 void Plugin::discover() {
     using Companion = nvValue (*)();
+    // Placed exports are found in the table; otherwise by name in the library.
     std::unordered_map<std::string_view, ScriptFunction::Entry> placed;
-    if (addresses_.size() == exports_.size())
+    if (addresses_.size() == exports_.size()) {
+        placed.reserve(exports_.size());
         for (std::size_t i = 0; i < exports_.size(); ++i) placed.emplace(exports_[i], addresses_[i]);
-    const auto address = [&](const std::string& name) {
-        if (placed.empty()) return symbol(name);
-        const auto it = placed.find(name);
+    }
+    std::string key;  // one buffer for every companion's name
+    const auto address = [&](const std::string& x, const char* suffix) -> ScriptFunction::Entry {
+        key.assign(x).append(suffix);
+        if (placed.empty()) return symbol(key);
+        const auto it = placed.find(key);
         return it == placed.end() ? nullptr : it->second;
     };
     std::unordered_map<std::string, std::string> taken;  // script name -> export
-    for (const auto& x : find_triples(exports_)) {
+    // With the table at hand, an export whose two companions are placed is a
+    // triple; otherwise the names alone tell.
+    const bool by_table = !placed.empty();
+    const auto triples = by_table ? std::vector<std::string>{} : find_triples(exports_);
+    for (const auto& x : by_table ? exports_ : triples) {
         ScriptFunction f;
         f.export_name = x;
-        f.entry = address(x);
-        const auto name_fn = reinterpret_cast<Companion>(address(x + "Name"));
-        const auto description_fn = reinterpret_cast<Companion>(address(x + "Description"));
+        f.entry = address(x, "");
+        const auto name_fn = reinterpret_cast<Companion>(address(x, "Name"));
+        const auto description_fn = reinterpret_cast<Companion>(address(x, "Description"));
+        if (by_table && (name_fn == nullptr || description_fn == nullptr)) continue;
         if (f.entry == nullptr || name_fn == nullptr || description_fn == nullptr) {
             problems_.push_back(x + ": an export cannot be resolved");
             continue;
@@ -282,6 +292,7 @@ void Plugin::discover() {
                 continue;
             }
             f.name = name.toString();
+            f.help.reserve(items);
             for (unsigned i = 0; i < items; ++i) f.help.push_back(record.value(i).toString());
         } catch (const std::exception& e) {
             problems_.push_back(x + ": a companion failed: " + e.what());
