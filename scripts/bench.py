@@ -280,6 +280,9 @@ def write_readme(rows, date):
     if begin not in text or end not in text:
         sys.exit("bench.py: README.md has no bench:begin/bench:end markers")
     lines = [begin, "", f"Measured on {machine()}, {date}, Release build (`python3 scripts/bench.py --readme`).",
+             "A pair's figure is the body's time minus its bare SDK calls' (median CPU time of interleaved",
+             "repetitions), then the two times, the plug-in's own instructions per call (callgrind) and its",
+             "allocations per call beyond the SDK's.",
              "", "| Figure | Measured | Goal | |", "|---|---|---|---|"]
     for figure, measured, goal, ok in rows:
         lines.append(f"| {figure} | {measured} | {goal} | {verdict(ok)} |")
