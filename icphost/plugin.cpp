@@ -3,8 +3,7 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
-#include <fstream>
-#include <iterator>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -13,7 +12,9 @@
 #else
 #  include <dlfcn.h>
 #  include <elf.h>
+#  include <fcntl.h>
 #  include <link.h>
+#  include <sys/stat.h>
 #  include <unistd.h>
 #  include <bit>
 #endif
@@ -63,36 +64,68 @@ std::vector<std::string> pe_exports(HMODULE module) {
 
 #else
 
-// A bounds-checked view of a file's bytes.
-class Bytes {
+// A file read in pieces: only the parts of the export table that are needed
+// are read, each with one call, and every piece is checked against the
+// file's size.
+class File {
 public:
-    explicit Bytes(std::vector<char> data) : data_(std::move(data)) {}
+    explicit File(const std::filesystem::path& path) : fd_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+        struct stat info {};
+        if (fd_ < 0 || ::fstat(fd_, &info) != 0 || !S_ISREG(info.st_mode)) {
+            if (fd_ >= 0) ::close(fd_);
+            throw LoadError("cannot read " + path.string());
+        }
+        size_ = static_cast<std::uint64_t>(info.st_size);
+    }
+    ~File() { ::close(fd_); }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
 
-    template <class T>
-    T at(std::uint64_t offset, const char* what) const {
-        if (offset > data_.size() || sizeof(T) > data_.size() - offset)
+    std::uint64_t size() const { return size_; }
+
+    // `count` bytes from `offset`.
+    std::vector<char> bytes(std::uint64_t offset, std::uint64_t count, const char* what) const {
+        if (offset > size_ || count > size_ - offset)
             throw LoadError(std::string("truncated ELF file: ") + what + " out of range");
-        T out;
-        std::memcpy(&out, data_.data() + offset, sizeof(T));
+        std::vector<char> out(static_cast<std::size_t>(count));
+        std::size_t done = 0;
+        while (done < out.size()) {
+            const ssize_t n = ::pread(fd_, out.data() + done, out.size() - done, static_cast<off_t>(offset + done));
+            if (n <= 0) throw LoadError(std::string("cannot read the ELF file's ") + what);
+            done += static_cast<std::size_t>(n);
+        }
         return out;
     }
 
-    std::uint64_t size() const { return data_.size(); }
-
-    // The zero-terminated string at `offset` of a section [begin, begin+size).
-    std::string text(std::uint64_t begin, std::uint64_t size, std::uint64_t offset) const {
-        if (begin > data_.size() || size > data_.size() - begin || offset >= size)
-            throw LoadError("truncated ELF file: symbol name out of range");
-        const char* first = data_.data() + begin + offset;
-        const char* last = data_.data() + begin + size;
-        const char* end = static_cast<const char*>(std::memchr(first, '\0', std::size_t(last - first)));
-        if (end == nullptr) throw LoadError("unterminated symbol name in ELF file");
-        return std::string(first, end);
+    template <class T>
+    T at(std::uint64_t offset, const char* what) const {
+        const auto data = bytes(offset, sizeof(T), what);
+        T out;
+        std::memcpy(&out, data.data(), sizeof(T));
+        return out;
     }
 
 private:
-    std::vector<char> data_;
+    int fd_;
+    std::uint64_t size_ = 0;
 };
+
+// An entry of a table read whole.
+template <class T>
+T entry(const std::vector<char>& table, std::uint64_t i) {
+    T out;
+    std::memcpy(&out, table.data() + i * sizeof(T), sizeof(T));
+    return out;
+}
+
+// The zero-terminated string at `offset` of a string table.
+std::string text_at(const std::vector<char>& table, std::uint64_t offset) {
+    if (offset >= table.size()) throw LoadError("truncated ELF file: symbol name out of range");
+    const char* first = table.data() + offset;
+    const char* end = static_cast<const char*>(std::memchr(first, '\0', table.size() - offset));
+    if (end == nullptr) throw LoadError("unterminated symbol name in ELF file");
+    return std::string(first, end);
+}
 
 constexpr unsigned char native_class = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
 constexpr unsigned char native_data =
@@ -104,10 +137,15 @@ constexpr unsigned char native_data =
 
 #if !defined(_WIN32)
 
-std::vector<std::string> elf_exported_functions(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in) throw LoadError("cannot read " + file.string());
-    const Bytes bytes(std::vector<char>(std::istreambuf_iterator<char>(in), {}));
+namespace {
+
+struct ElfExport {
+    std::string name;
+    std::uint64_t value;  // the address relative to the load base
+};
+
+std::vector<ElfExport> elf_exports(const std::filesystem::path& file) {
+    const File bytes(file);
 
     const auto header = bytes.at<ElfW(Ehdr)>(0, "ELF header");
     if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0)
@@ -117,38 +155,46 @@ std::vector<std::string> elf_exported_functions(const std::filesystem::path& fil
     if (header.e_shoff == 0 || header.e_shentsize != sizeof(ElfW(Shdr)))
         throw LoadError(file.string() + " has no section table");
 
-    auto section = [&](std::uint64_t i) {
-        return bytes.at<ElfW(Shdr)>(header.e_shoff + i * sizeof(ElfW(Shdr)), "section header");
-    };
     // With more sections than e_shnum can hold, section 0 carries the count.
     std::uint64_t sections = header.e_shnum;
-    if (sections == 0) sections = section(0).sh_size;
+    if (sections == 0) sections = bytes.at<ElfW(Shdr)>(header.e_shoff, "section header").sh_size;
     // A cut file is refused as a whole, whatever part of it is needed.
     if (sections == 0 || sections > bytes.size() / sizeof(ElfW(Shdr)) ||
         header.e_shoff > bytes.size() - sections * sizeof(ElfW(Shdr)))
         throw LoadError("truncated ELF file: section table out of range");
+    const auto table = bytes.bytes(header.e_shoff, sections * sizeof(ElfW(Shdr)), "section table");
 
     for (std::uint64_t s = 0; s < sections; ++s) {
-        const auto symtab = section(s);
+        const auto symtab = entry<ElfW(Shdr)>(table, s);
         if (symtab.sh_type != SHT_DYNSYM) continue;
         if (symtab.sh_link >= sections) throw LoadError("dynamic symbol table without names");
-        const auto strtab = section(symtab.sh_link);
+        const auto strtab = entry<ElfW(Shdr)>(table, symtab.sh_link);
         const std::uint64_t count = symtab.sh_size / sizeof(ElfW(Sym));
-        std::vector<std::string> out;
+        const auto symbols = bytes.bytes(symtab.sh_offset, count * sizeof(ElfW(Sym)), "symbol table");
+        const auto names = bytes.bytes(strtab.sh_offset, strtab.sh_size, "symbol names");
+        std::vector<ElfExport> out;
         // Entry 0 is the reserved undefined symbol.
         for (std::uint64_t i = 1; i < count; ++i) {
-            const auto sym = bytes.at<ElfW(Sym)>(symtab.sh_offset + i * sizeof(ElfW(Sym)), "symbol");
+            const auto sym = entry<ElfW(Sym)>(symbols, i);
             const unsigned type = ELF64_ST_TYPE(sym.st_info);
             const unsigned bind = ELF64_ST_BIND(sym.st_info);
             const unsigned visibility = ELF64_ST_VISIBILITY(sym.st_other);
             if (type != STT_FUNC || sym.st_shndx == SHN_UNDEF) continue;
             if (bind != STB_GLOBAL && bind != STB_WEAK) continue;
             if (visibility != STV_DEFAULT && visibility != STV_PROTECTED) continue;
-            out.push_back(bytes.text(strtab.sh_offset, strtab.sh_size, sym.st_name));
+            out.push_back({text_at(names, sym.st_name), sym.st_value});
         }
         return out;
     }
     throw LoadError(file.string() + " has no dynamic symbol table");
+}
+
+}  // namespace
+
+std::vector<std::string> elf_exported_functions(const std::filesystem::path& file) {
+    std::vector<std::string> out;
+    for (auto& e : elf_exports(file)) out.push_back(std::move(e.name));
+    return out;
 }
 
 #endif
@@ -167,9 +213,17 @@ Plugin::Plugin(const std::filesystem::path& file) : file_(std::filesystem::absol
     }
 #else
     // Read the table first: a file that is not a shared object never runs.
-    exports_ = elf_exported_functions(file_);
+    auto table = elf_exports(file_);
     handle_ = dlopen(file_.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle_ == nullptr) throw LoadError(std::string("cannot load ") + dlerror());
+    // The table gives every export's place: no look-up by name is needed.
+    link_map* map = nullptr;
+    const bool placed = dlinfo(handle_, RTLD_DI_LINKMAP, &map) == 0 && map != nullptr;
+    for (auto& e : table) {
+        exports_.push_back(std::move(e.name));
+        if (placed)
+            addresses_.push_back(reinterpret_cast<ScriptFunction::Entry>(map->l_addr + e.value));
+    }
 #endif
     discover();
 }
@@ -194,13 +248,31 @@ ScriptFunction::Entry Plugin::symbol(const std::string& name) const {
 
 void Plugin::discover() {
     using Companion = nvValue (*)();
+    // Placed exports are found in the table; otherwise by name in the library.
+    std::unordered_map<std::string_view, ScriptFunction::Entry> placed;
+    if (addresses_.size() == exports_.size()) {
+        placed.reserve(exports_.size());
+        for (std::size_t i = 0; i < exports_.size(); ++i) placed.emplace(exports_[i], addresses_[i]);
+    }
+    std::string key;  // one buffer for every companion's name
+    const auto address = [&](const std::string& x, const char* suffix) -> ScriptFunction::Entry {
+        key.assign(x).append(suffix);
+        if (placed.empty()) return symbol(key);
+        const auto it = placed.find(key);
+        return it == placed.end() ? nullptr : it->second;
+    };
     std::unordered_map<std::string, std::string> taken;  // script name -> export
-    for (const auto& x : find_triples(exports_)) {
+    // With the table at hand, an export whose two companions are placed is a
+    // triple; otherwise the names alone tell.
+    const bool by_table = !placed.empty();
+    const auto triples = by_table ? std::vector<std::string>{} : find_triples(exports_);
+    for (const auto& x : by_table ? exports_ : triples) {
         ScriptFunction f;
         f.export_name = x;
-        f.entry = symbol(x);
-        const auto name_fn = reinterpret_cast<Companion>(symbol(x + "Name"));
-        const auto description_fn = reinterpret_cast<Companion>(symbol(x + "Description"));
+        f.entry = address(x, "");
+        const auto name_fn = reinterpret_cast<Companion>(address(x, "Name"));
+        const auto description_fn = reinterpret_cast<Companion>(address(x, "Description"));
+        if (by_table && (name_fn == nullptr || description_fn == nullptr)) continue;
         if (f.entry == nullptr || name_fn == nullptr || description_fn == nullptr) {
             problems_.push_back(x + ": an export cannot be resolved");
             continue;
@@ -220,6 +292,7 @@ void Plugin::discover() {
                 continue;
             }
             f.name = name.toString();
+            f.help.reserve(items);
             for (unsigned i = 0; i < items; ++i) f.help.push_back(record.value(i).toString());
         } catch (const std::exception& e) {
             problems_.push_back(x + ": a companion failed: " + e.what());

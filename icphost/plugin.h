@@ -42,6 +42,8 @@ private:
     std::filesystem::path file_;
     void* handle_ = nullptr;
     std::vector<std::string> exports_;
+    // Where each export lies once loaded, as its table says (ELF only).
+    std::vector<ScriptFunction::Entry> addresses_;
     std::vector<ScriptFunction> functions_;
     std::vector<std::string> problems_;
 };

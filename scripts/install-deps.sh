@@ -14,6 +14,7 @@ native=(
   cmake make g++ pkg-config
   googletest libgtest-dev libbenchmark-dev
   nlohmann-json3-dev libcli11-dev libfmt-dev libserialport-dev
+  python3 valgrind
 )
 windows=(
   mingw-w64 g++-mingw-w64-x86-64-posix

@@ -1,8 +1,9 @@
 #include "plugin/values/values.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace icp {
@@ -86,38 +87,38 @@ nvValue null() { return nvValue(); }
 
 nvValue boolean(bool b) {
     nvBoolean value(b);
-    nvValue result(value);
+    nvValue result(std::move(value));
     return result;
 }
 
 nvValue integer(std::int32_t i) {
     nvInteger value(static_cast<int>(i));
-    nvValue result(value);
+    nvValue result(std::move(value));
     return result;
 }
 
 nvValue real(double x) {
     nvDouble value(x);
-    nvValue result(value);
+    nvValue result(std::move(value));
     return result;
 }
 
 nvValue text(std::string_view s) {
     std::vector<CharFormat> formats;
     nvSymbolicValue value(std::string(s), true, formats);
-    nvValue result(value);
+    nvValue result(std::move(value));
     return result;
 }
 
 nvValue text_of(const char* buffer, std::size_t capacity) {
-    const void* end = std::memchr(buffer, 0, capacity);
-    const std::size_t n = end ? static_cast<std::size_t>(static_cast<const char*>(end) - buffer) : capacity;
-    return text(std::string_view(buffer, n));
+    // Replies are a few characters: a plain scan beats the library's.
+    const char* end = std::find(buffer, buffer + capacity, '\0');
+    return text(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
 }
 
 nvValue handle(void* address) {
     nvInteger value(static_cast<nvValue*>(address));
-    nvValue result(value);
+    nvValue result(std::move(value));
     return result;
 }
 

@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "NvMathLib.h"
 
@@ -91,7 +92,7 @@ template <class Element>
 nvValue vector(unsigned n, Element element) {
     NuvarelMath::ValueTypes::nvVector v(n, false, true, false);
     for (unsigned i = 0; i < n; ++i) v.setValue(element(i), i);
-    nvValue result(v);
+    nvValue result(std::move(v));
     return result;
 }
 
@@ -102,7 +103,7 @@ nvValue matrix2(unsigned rows, Cell cell) {
     NuvarelMath::ValueTypes::nvMatrix m(rows, 2, true, false, false);
     for (unsigned r = 0; r < rows; ++r)
         for (unsigned c = 0; c < 2; ++c) m.setValue(cell(r, c), r, c);
-    nvValue result(m);
+    nvValue result(std::move(m));
     return result;
 }
 
@@ -113,7 +114,7 @@ nvValue table2(unsigned rows, Cell cell, const char* name0, const char* name1) {
     for (unsigned r = 0; r < rows; ++r)
         for (unsigned c = 0; c < 2; ++c) m.setValue(cell(r, c), r, c);
     m.setColumnNames({text(name0), text(name1)});
-    nvValue result(m);
+    nvValue result(std::move(m));
     return result;
 }
 

@@ -141,10 +141,31 @@ TEST(NvValueContainers, CopiesAreDeep) {
     }
 }
 
+// Copies share their contents until one is changed: then the change shows
+// in that one only, whichever of them it is, also for a value taken over
+// from a temporary.
+TEST(NvValueContainers, AChangedCopyIsTheOnlyOneThatChanges) {
+    const nvValue original = table({"A", "B"}, 1, {vector({integer(1)}), text("long enough to need a block")});
+    const std::string printed = original.repr();
+    std::vector<nvValue> copies(4, original);
+    copies[0].setValue(integer(7), 0);
+    copies[1].setValue(integer(8), 0, 1);
+    copies[2].setValue(nvValue(copies[3]), 1);  // a temporary, taken over
+    copies[3].setColumnNames({text("C"), text("D")});
+    EXPECT_EQ(original.repr(), printed);
+    EXPECT_EQ(copies[0].repr(), "{\"A\", \"B\"} [[7, \"long enough to need a block\"]]");
+    EXPECT_EQ(copies[1].repr(), "{\"A\", \"B\"} [[[1], 8]]");
+    EXPECT_EQ(copies[2].repr(), "{\"A\", \"B\"} [[[1], " + printed + "]]");
+    EXPECT_EQ(copies[3].repr(), "{\"C\", \"D\"} [[[1], \"long enough to need a block\"]]");
+}
+
 TEST(NvValueContainers, AValueStoredIntoItselfOrAssignedToItself) {
     nvValue v = vector({integer(1), integer(2)});
     v.setValue(v, 0);
     EXPECT_EQ(v.repr(), "[[1, 2], 2]");
+    nvValue w = vector({integer(1), integer(2)});
+    w.setValue(std::move(w), 1);
+    EXPECT_EQ(w.repr(), "[1, [1, 2]]");
     nvValue& same = v;
     v = same;
     EXPECT_EQ(v.repr(), "[[1, 2], 2]");

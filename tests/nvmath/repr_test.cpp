@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "tests/nvmath/samples.h"
 
@@ -54,6 +57,45 @@ TEST(NvValueRepr, PrintedForms) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.printed);
         EXPECT_EQ(c.v.repr(), c.printed);
+    }
+}
+
+// A string keeps its text, its flag and its copies whatever its length:
+// short ones are held in the value, long ones or ones with formats in a
+// block of their own.
+TEST(NvValueStrings, TextAndFlagAtEveryLength) {
+    const std::string sixteen = "0123456789abcdef";
+    struct Case {
+        const char* what;
+        std::string text;
+        bool flag;
+        std::vector<vt::CharFormat> formats;
+    };
+    const Case cases[] = {
+        {"empty", "", true, {}},
+        {"one character, flag false", "a", false, {}},
+        {"sixteen characters", sixteen, true, {}},
+        {"seventeen characters", sixteen + "g", true, {}},
+        {"seventeen, flag false", sixteen + "g", false, {}},
+        {"short with a format run", "ab", true, {{0, 1, 2}}},
+        {"a zero byte inside", std::string("a\0b", 3), true, {}},
+        {"help-text length", std::string(300, 'x'), true, {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        auto original = std::make_unique<nvValue>(vt::nvSymbolicValue(c.text, c.flag, c.formats));
+        nvValue copy = *original;
+        nvValue other = *original;
+        nvValue moved(std::move(other));
+        original.reset();
+        for (const nvValue* v : {&copy, &moved}) {
+            EXPECT_TRUE(v->isString());
+            EXPECT_EQ(v->toString(), c.text);
+            EXPECT_EQ(v->flag(0), c.flag);
+            EXPECT_FALSE(v->flag(1));
+            EXPECT_FALSE(v->flag(2));
+            EXPECT_EQ(v->size(), 0u);
+        }
     }
 }
 

@@ -1,13 +1,14 @@
 // The host application's value library, as plug-ins see it.
 //
-// Values are deep-copied; every operation is defined for every kind, so no
-// input can crash a caller. Besides the operations a plug-in uses, the
+// Copies are deep as far as any caller can tell; every operation is defined
+// for every kind, so no input can crash a caller. Besides the operations a plug-in uses, the
 // library lets a host look inside a value (kind, 64-bit integer, rows,
 // columns, column names, the printed form).
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #if defined(_WIN32)
@@ -78,6 +79,10 @@ public:
     // Throw std::out_of_range when the index is outside the container.
     void setValue(const nvValue& element, unsigned i);
     void setValue(const nvValue& element, unsigned row, unsigned column);
+    // The same for a value about to go away: its contents are taken over
+    // instead of copied.
+    void setValue(nvValue&& element, unsigned i);
+    void setValue(nvValue&& element, unsigned row, unsigned column);
     // Throws std::invalid_argument unless there is one name per column.
     void setColumnNames(const std::vector<nvValue>& names);
 
@@ -95,11 +100,34 @@ public:
     // The flags given to the constructors of the kinds; stored, no effect.
     bool flag(unsigned index) const;
 
-    struct Data;
+    // The text of a String, the elements of a Vector or Matrix.
+    struct Shared;
 
 protected:
-    explicit nvValue(Data* data);
-    Data* d_;
+    // Scalars and short strings live in the value itself. A longer String,
+    // a Vector or a Matrix keeps its contents in a block that copies share
+    // until one of them is changed (setValue, setColumnNames), which then
+    // takes a block of its own.
+    Kind kind_ = Kind::Null;
+    bool handle_ = false;       // made by nvInteger(nvValue*)
+    bool block_ = false;        // u_.shared holds the contents
+    bool short_flag_ = false;   // the flag of a String held in u_.text
+    unsigned char length_ = 0;  // the length of a String held in u_.text
+    union Payload {
+        bool boolean;
+        std::int64_t integer;
+        double real;
+        nvValue* address;
+        Shared* shared;
+        char text[16];
+    } u_{.integer = 0};
+
+private:
+    void release() noexcept;
+    void take(const nvValue& other) noexcept;
+    void steal(nvValue& other) noexcept;
+    Shared& own();
+    std::string_view chars() const;
 };
 
 class NVMATH_API nvBoolean : public nvValue {
