@@ -11,7 +11,7 @@ set -euo pipefail
 native=(
   cmake make g++ pkg-config
   googletest libgtest-dev libbenchmark-dev
-  nlohmann-json3-dev libcli11-dev libfmt-dev libserialport-dev
+  nlohmann-json3-dev libcli11-dev libfmt-dev libserialport-dev libedit-dev
 )
 windows=(
   mingw-w64 g++-mingw-w64-x86-64-posix

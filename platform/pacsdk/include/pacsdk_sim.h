@@ -82,6 +82,10 @@ PACSIM_API bool corrupt_next_reply(const std::string& port, int address);
 // The module's next reply keeps only its first keep_chars characters, still
 // terminated.
 PACSIM_API bool cut_next_reply(const std::string& port, int address, std::size_t keep_chars);
+// The next `count` calls of the SDK function `function` (its exact name)
+// fail with `code` as their last error, without any effect: calls that
+// report a status (uart_Open returns the invalid handle). count 0 disarms.
+PACSIM_API void fail_next(const std::string& function, uint32_t code, unsigned count = 1);
 // Power off and on: outputs take their power-on values (the safe values when
 // the watchdog flag is set, which survives), PWM outputs stop and the PWM
 // configuration returns to what was last saved.

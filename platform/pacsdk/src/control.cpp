@@ -83,6 +83,11 @@ bool set_di(const std::string& port, int address, uint32_t word) {
     return with_module(port, address, false, [&](Module& m) { return m.set_di(word); });
 }
 
+void fail_next(const std::string& function, uint32_t code, unsigned count) {
+    Lock lock(library().mutex);
+    library().set_fault(function, code, count);
+}
+
 bool silence(const std::string& port, int address, bool silent) {
     return with_module(port, address, false, [&](Module& m) {
         m.set_silent(silent);

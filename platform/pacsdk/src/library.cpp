@@ -55,6 +55,20 @@ void Library::reset(std::unique_ptr<Rig> rig) {
     rig_ = std::move(rig);
     rig_->advance(now_us_);
     log.clear();
+    faults_.clear();
+}
+
+bool Library::take_fault(const std::string& name, uint32_t* code) {
+    auto it = faults_.find(name);
+    if (it == faults_.end()) return false;
+    *code = it->second.code;
+    if (--it->second.remaining == 0) faults_.erase(it);
+    return true;
+}
+
+void Library::set_fault(const std::string& name, uint32_t code, unsigned count) {
+    if (count == 0) faults_.erase(name);
+    else faults_[name] = Fault{code, count};
 }
 
 PAC_HANDLE Library::add_session(const LineSettings& line, std::unique_ptr<Port> port) {

@@ -67,6 +67,11 @@ public:
     // sets the clock to 0.
     void reset(std::unique_ptr<Rig> rig);
 
+    // A fault armed by pacsim::fail_next(): true and its code when the next
+    // call of `name` is to fail, counting it down.
+    bool take_fault(const std::string& name, uint32_t* code);
+    void set_fault(const std::string& name, uint32_t code, unsigned count);
+
     // The handle of a newly opened port.
     PAC_HANDLE add_session(const LineSettings& line, std::unique_ptr<Port> port);
     // The open port behind a handle; nullptr for NULL, the invalid handle,
@@ -79,6 +84,11 @@ public:
 private:
     std::unique_ptr<Rig> rig_;
     std::map<uintptr_t, Session> sessions_;
+    struct Fault {
+        uint32_t code = 0;
+        unsigned remaining = 0;
+    };
+    std::map<std::string, Fault, std::less<>> faults_;
     int next_number_ = 1;
     uint64_t now_us_ = 0;
 };

@@ -43,7 +43,8 @@ PAC_BOOL status_call(const char* name, Body&& body, const Args&... args) {
     Library& lib = library();
     std::lock_guard lock(lib.mutex);
     std::string call = call_text(name, args...);
-    uint32_t error = body();
+    uint32_t error = 0;
+    if (!lib.take_fault(name, &error)) error = body();
     if (error != 0) set_last_error(error);
     lib.log.sdk(call + (error != 0 ? " -> 0" : " -> 1"));
     return error != 0 ? 0 : 1;

@@ -292,6 +292,7 @@ PACSDK_API PAC_BOOL pac_GetModuleWDTStatus(PAC_HANDLE port, int slot) {
     std::string call = call_text("pac_GetModuleWDTStatus", port, slot);
     bool timed_out = false;
     uint32_t error = [&]() -> uint32_t {
+        if (uint32_t e = 0; lib.take_fault("pac_GetModuleWDTStatus", &e)) return e;
         Target t;
         if (uint32_t e = resolve(port, slot, &t)) return e;
         std::string data;

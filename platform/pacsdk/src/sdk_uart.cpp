@@ -76,7 +76,9 @@ PACSDK_API PAC_HANDLE uart_Open(const char* connection) {
     PAC_HANDLE handle = PAC_INVALID_HANDLE;
     uint32_t error = 0;
     auto settings = parse_connection(connection);
-    if (!settings) {
+    if (lib.take_fault("uart_Open", &error)) {
+        // fails as armed
+    } else if (!settings) {
         error = PAC_ERR_INVALID_COMPORT_NUMBER;
     } else if (lib.is_open(settings->name)) {
         error = PAC_ERR_UART_OPEN_FAILED;
