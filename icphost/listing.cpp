@@ -231,7 +231,7 @@ bool matches(const ScriptFunction& f, std::string_view pattern) {
 
 std::vector<std::string> nearest_names(std::span<const std::string> names, std::string_view name) {
     const std::string key = loose_key(name);
-    const std::size_t limit = key.size() <= 4 ? 1 : key.size() <= 8 ? 2 : 3;
+    const std::size_t limit = key.size() <= 2 ? 0 : key.size() <= 4 ? 1 : key.size() <= 8 ? 2 : 3;
     std::vector<std::pair<std::size_t, std::string>> near;
     for (const auto& candidate : names) {
         const std::size_t d = distance(key, loose_key(candidate), limit);

@@ -326,7 +326,11 @@ void Simulation::run(std::string_view text) {
     const auto* d = std::find_if(std::begin(directives), std::end(directives),
                                  [&](const Directive& each) { return name == each.name; });
     if (d == std::end(directives))
-        throw Refused("unknown directive " + quoted(":" + all[0]) + did_you_mean(nearest_names(names(), name)));
+    {
+        std::vector<std::string> known;
+        for (const auto& each : names()) known.push_back(":" + each);
+        throw Refused("unknown directive " + quoted(":" + all[0]) + did_you_mean(nearest_names(known, ":" + name)));
+    }
     if (w.size() < d->least || w.size() > d->most)
         throw Refused(std::string("usage: :") + d->name + " " + d->arguments);
     std::string done;
