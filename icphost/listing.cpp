@@ -1,7 +1,11 @@
 #include "icphost/listing.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <nlohmann/json.hpp>
+#include <tuple>
+#include <utility>
 
 namespace icphost {
 
@@ -49,7 +53,228 @@ std::size_t utf8_sequence(std::string_view s) {
     return n;
 }
 
+// The groups in the order they are listed, each with the export-name
+// patterns that claim a function. A function belongs to the group of the
+// longest pattern it matches, so "icpusb_ai_*" wins over "icpusb_*".
+struct Group {
+    std::string_view title;
+    std::array<std::string_view, 4> patterns;
+};
+constexpr Group groups[] = {
+    {"Plug-in", {"plugin_*"}},
+    {"USB device", {"icpusb_*"}},
+    {"USB digital input and output", {"icpusb_di_*", "icpusb_do_*"}},
+    {"USB analog input", {"icpusb_ai_*"}},
+    {"USB analog output", {"icpusb_ao_*"}},
+    {"USB pulse input", {"icpusb_pi_*"}},
+    {"Serial port", {"icpcom_*"}},
+    {"Serial commands", {"icpcom_sendcmd", "icpcom_rec_*"}},
+    {"Serial module input and output", {"icpcom_ai_*", "icpcom_ao_*", "icpcom_di_*", "icpcom_do_*"}},
+    {"Serial module watchdog", {"icpcom_*wdt*"}},
+    {"Serial PWM", {"icpcom_*pwm*"}},
+    {"Other", {"*"}},
+};
+constexpr auto titles = [] {
+    std::array<std::string_view, std::size(groups)> t{};
+    for (std::size_t i = 0; i < t.size(); ++i) t[i] = groups[i].title;
+    return t;
+}();
+
+char lower(char c) { return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c; }
+
+// '*' any run, '?' any one character; letter case is ignored.
+bool wildcard(std::string_view pattern, std::string_view text) {
+    std::size_t p = 0, t = 0, star = std::string_view::npos, resume = 0;
+    while (t < text.size()) {
+        if (p < pattern.size() && (pattern[p] == '?' || lower(pattern[p]) == lower(text[t]))) {
+            ++p, ++t;
+        } else if (p < pattern.size() && pattern[p] == '*') {
+            star = p++, resume = t;
+        } else if (star != std::string_view::npos) {
+            p = star + 1, t = ++resume;
+        } else {
+            return false;
+        }
+    }
+    while (p < pattern.size() && pattern[p] == '*') ++p;
+    return p == pattern.size();
+}
+
+bool contains(std::string_view text, std::string_view part) {
+    return std::search(text.begin(), text.end(), part.begin(), part.end(),
+                       [](char a, char b) { return lower(a) == lower(b); }) != text.end();
+}
+
+// Lower case without blanks and underscores.
+std::string loose_key(std::string_view name) {
+    std::string key;
+    for (char c : name)
+        if (c != ' ' && c != '_') key += lower(c);
+    return key;
+}
+
+// Edits (insert, delete, replace, swap two neighbours) from a to b, or
+// limit + 1 when there are more than limit.
+std::size_t distance(std::string_view a, std::string_view b, std::size_t limit) {
+    const std::size_t gap = a.size() > b.size() ? a.size() - b.size() : b.size() - a.size();
+    if (gap > limit) return limit + 1;
+    std::vector<std::size_t> before(b.size() + 1), row(b.size() + 1), next(b.size() + 1);
+    for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        next[0] = i;
+        std::size_t best = next[0];
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t cost = a[i - 1] == b[j - 1] ? 0 : 1;
+            next[j] = std::min({row[j] + 1, next[j - 1] + 1, row[j - 1] + cost});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                next[j] = std::min(next[j], before[j - 2] + 1);
+            best = std::min(best, next[j]);
+        }
+        if (best > limit) return limit + 1;
+        before.swap(row);
+        row.swap(next);
+    }
+    return std::min(row[b.size()], limit + 1);
+}
+
+std::string first_line(std::string_view text) { return std::string(text.substr(0, text.find('\n'))); }
+
+void heading(std::ostream& out, std::string_view title, bool first) {
+    if (!first) out << '\n';
+    out << title << '\n' << std::string(title.size(), '=') << "\n\n";
+}
+
+// Runs each(function, first in its group) group by group, heading each.
+template <class Each>
+void by_group(std::ostream& out, std::span<const ScriptFunction* const> functions, Each each) {
+    std::size_t group = std::size(groups);
+    bool first = true;
+    for (const auto* f : functions) {
+        const std::size_t g = group_of(*f);
+        const bool starts = g != group;
+        if (starts) heading(out, groups[g].title, first);
+        each(*f, starts);
+        group = g;
+        first = false;
+    }
+}
+
+// Markdown text: characters that would format are escaped, a new line of the
+// help text is a line break.
+std::string markdown(std::string_view text) {
+    std::string out;
+    bool line_start = true;
+    for (char c : to_utf8(text)) {
+        if (c == '\n') {
+            while (!out.empty() && out.back() == ' ') out.pop_back();
+            out += "<br>\n";
+            line_start = true;
+            continue;
+        }
+        if (std::string_view("\\`*_[]<>|#").find(c) != std::string_view::npos ||
+            (line_start && (c == '-' || c == '+')))
+            out += '\\';
+        out += c;
+        if (c != ' ') line_start = false;
+    }
+    while (!out.empty() && out.back() == ' ') out.pop_back();
+    return out;
+}
+
+std::string anchor(std::string_view title) {
+    std::string a;
+    for (char c : title) a += c == ' ' ? '-' : lower(c);
+    return a;
+}
+
 }  // namespace
+
+std::span<const std::string_view> group_titles() { return titles; }
+
+std::size_t group_of(const ScriptFunction& f) {
+    std::size_t best = std::size(groups) - 1, longest = 0;
+    for (std::size_t g = 0; g < std::size(groups); ++g) {
+        for (const auto pattern : groups[g].patterns) {
+            if (pattern.empty() || pattern.size() <= longest) continue;
+            if (wildcard(pattern, f.export_name)) best = g, longest = pattern.size();
+        }
+    }
+    return best;
+}
+
+std::vector<const ScriptFunction*> catalogue_order(std::span<const ScriptFunction> functions) {
+    struct Keyed {
+        std::size_t group;
+        std::string key;
+        const ScriptFunction* f;
+    };
+    std::vector<Keyed> keyed;
+    for (const auto& f : functions) {
+        std::string key;
+        for (char c : f.name) key += lower(c);
+        keyed.push_back({group_of(f), std::move(key), &f});
+    }
+    std::sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) {
+        return std::tie(a.group, a.key, a.f->name, a.f->export_name) <
+               std::tie(b.group, b.key, b.f->name, b.f->export_name);
+    });
+    std::vector<const ScriptFunction*> out;
+    for (const auto& k : keyed) out.push_back(k.f);
+    return out;
+}
+
+bool matches(const ScriptFunction& f, std::string_view pattern) {
+    if (pattern.find_first_of("*?") == std::string_view::npos)
+        return contains(f.name, pattern) || contains(f.export_name, pattern);
+    return wildcard(pattern, f.name) || wildcard(pattern, f.export_name);
+}
+
+std::vector<std::string> nearest_names(std::span<const std::string> names, std::string_view name) {
+    const std::string key = loose_key(name);
+    const std::size_t limit = key.size() <= 2 ? 0 : key.size() <= 4 ? 1 : key.size() <= 8 ? 2 : 3;
+    std::vector<std::pair<std::size_t, std::string>> near;
+    for (const auto& candidate : names) {
+        const std::size_t d = distance(key, loose_key(candidate), limit);
+        if (d <= limit) near.emplace_back(d, candidate);
+    }
+    std::sort(near.begin(), near.end());
+    std::vector<std::string> out;
+    for (const auto& [d, candidate] : near) {
+        if (d != near.front().first || out.size() == 3) break;
+        if (std::find(out.begin(), out.end(), candidate) == out.end()) out.push_back(candidate);
+    }
+    return out;
+}
+
+std::vector<std::string> nearest_names(std::span<const ScriptFunction> functions, std::string_view name) {
+    std::vector<std::string> names;
+    for (const auto& f : functions) names.push_back(f.name);
+    auto by_name = nearest_names(names, name);
+    // A mistyped export name leads to the script name too.
+    if (by_name.empty()) {
+        for (const auto& f : functions)
+            if (loose_key(f.export_name) == loose_key(name)) by_name.push_back(f.name);
+    }
+    return by_name;
+}
+
+std::string did_you_mean(const std::vector<std::string>& names) {
+    if (names.empty()) return "";
+    std::string out = " (did you mean ";
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (i > 0) out += i + 1 == names.size() ? " or " : ", ";
+        out += "'" + names[i] + "'";
+    }
+    return out + "?)";
+}
+
+std::vector<std::string> parameter_lines(const ScriptFunction& f) {
+    std::vector<std::string> lines;
+    for (std::size_t i = 2; i < f.help.size(); ++i)
+        lines.push_back(std::to_string(i - 1) + ". " + first_line(f.help[i]));
+    if (lines.empty()) lines.emplace_back("no parameters");
+    return lines;
+}
 
 std::string to_utf8(std::string_view text) {
     std::string out;
@@ -80,19 +305,54 @@ void print_help(std::ostream& out, const ScriptFunction& f) {
         labelled(out, "  Parameter " + std::to_string(i - 1) + ":", f.help[i]);
 }
 
-void print_functions(std::ostream& out, std::span<const ScriptFunction> functions) {
-    bool first = true;
-    for (const auto& f : functions) {
-        if (!first) out << '\n';
+void print_functions(std::ostream& out, std::span<const ScriptFunction* const> functions) {
+    by_group(out, functions, [&](const ScriptFunction& f, bool starts) {
+        if (!starts) out << '\n';
         print_help(out, f);
-        first = false;
+    });
+}
+
+void print_summary(std::ostream& out, std::span<const ScriptFunction* const> functions) {
+    std::size_t width = 0;
+    for (const auto* f : functions) width = std::max(width, f->name.size());
+    by_group(out, functions, [&](const ScriptFunction& f, bool) {
+        std::string name = f.name;
+        name.resize(width + 2, ' ');
+        out << "  " << name << to_utf8(f.help.empty() ? "" : first_line(f.help[0])) << '\n';
+    });
+}
+
+void print_functions_markdown(std::ostream& out, std::span<const ScriptFunction* const> functions) {
+    out << "# Script functions\n\n"
+           "Every script function of the plug-in, by group, as its own help records\n"
+           "describe it. This file is generated by `icphost functions --markdown`; a test\n"
+           "fails when it differs from what the built plug-in says.\n\n";
+    std::vector<std::size_t> counts(std::size(groups));
+    for (const auto* f : functions) ++counts[group_of(*f)];
+    for (std::size_t g = 0; g < counts.size(); ++g) {
+        if (counts[g] > 0)
+            out << "- [" << groups[g].title << "](#" << anchor(groups[g].title) << "): " << counts[g]
+                << (counts[g] == 1 ? " function\n" : " functions\n");
+    }
+    std::size_t group = std::size(groups);
+    for (const auto* f : functions) {
+        if (const std::size_t g = group_of(*f); g != group) {
+            out << "\n## " << groups[g].title << '\n';
+            group = g;
+        }
+        out << "\n### `" << to_utf8(f->name) << "`\n\n";
+        if (!f->help.empty() && !f->help[0].empty()) out << markdown(f->help[0]) << "\n\n";
+        for (std::size_t i = 2; i < f->help.size(); ++i)
+            out << "- Parameter " << i - 1 << ": " << markdown(f->help[i]) << '\n';
+        if (f->help.size() > 1) out << "- Result: " << markdown(f->help[1]) << '\n';
+        out << "- Export: `" << to_utf8(f->export_name) << "`\n";
     }
 }
 
-void print_functions_json(std::ostream& out, std::span<const ScriptFunction> functions) {
+void print_functions_json(std::ostream& out, std::span<const ScriptFunction* const> functions) {
     out << "[\n";
     for (std::size_t i = 0; i < functions.size(); ++i) {
-        const auto& f = functions[i];
+        const auto& f = *functions[i];
         auto help = nlohmann::ordered_json::array();
         for (const auto& item : f.help) help.push_back(to_utf8(item));
         const nlohmann::ordered_json record = {

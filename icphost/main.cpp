@@ -1,13 +1,18 @@
 // icphost: loads the plug-in as the host application does, offers its script
 // functions, and runs scripts against the simulated USB and serial rig.
 //
-//   icphost functions [--json]          the script functions and their help
+//   icphost                             a session on a terminal, else the
+//                                       script on standard input
+//   icphost repl                        an interactive session
+//   icphost functions [PATTERN] [--json | --markdown]
+//                                       the script functions and their help
 //   icphost help NAME                   one function's help
-//   icphost run FILE                    run a script
+//   icphost run FILE                    run a script ("-": standard input)
 //   icphost -e STATEMENT [-e ...]       run statements
 //   icphost serve [--port P] [--link L] the emulated modules on a pseudo-terminal
 //
 // Options: --plugin PATH, --rig FILE (JSON), --trace.
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -19,12 +24,18 @@
 #include <CLI/CLI.hpp>
 #include <icp_platform/format.h>
 
+#if defined(_WIN32)
+#  include <io.h>
+#else
+#  include <unistd.h>
+#endif
+
 #include "icphost/listing.h"
 #include "icphost/plugin.h"
 #include "icphost/script.h"
 #include "icphost/serve.h"
-#include "pacsdk_sim.h"
-#include "usbio_sim.h"
+#include "icphost/session.h"
+#include "icphost/simulation.h"
 
 namespace {
 
@@ -41,70 +52,12 @@ bool read_file(const std::string& path, std::string* text) {
     return !in.bad();
 }
 
-// A trace line arrives while a script line runs: it goes out at once, on the
-// same stream as the script's values, so that both keep their order.
-void print_trace(const char* line, void*) { std::cout << line << '\n' << std::flush; }
-
-// Both simulators check the whole text before either loads anything, so a
-// faulty rig leaves nothing half-loaded.
-bool set_up_rig(const std::string& rig_path) {
-    if (rig_path.empty()) {
-        usbsim::use_default_rig();
-        pacsim::use_default_rig();
-        return true;
-    }
-    std::string text;
-    if (!read_file(rig_path, &text)) {
-        std::cerr << "icphost: cannot read the rig " << rig_path << '\n';
-        return false;
-    }
-    std::string error;
-    if (!usbsim::check_rig(text, &error) || !pacsim::check_rig(text, &error) ||
-        !usbsim::load_rig(text, &error) || !pacsim::load_rig(text, &error)) {
-        std::cerr << rig_path << ": " << error << '\n';
-        return false;
-    }
-    return true;
-}
-
-struct TraceGuard {
-    explicit TraceGuard(bool on) : on_(on) {
-        if (!on_) return;
-        usbsim::set_trace(&print_trace, nullptr);
-        pacsim::set_trace(&print_trace, nullptr);
-    }
-    ~TraceGuard() {
-        if (!on_) return;
-        usbsim::set_trace(nullptr, nullptr);
-        pacsim::set_trace(nullptr, nullptr);
-    }
-    TraceGuard(const TraceGuard&) = delete;
-    TraceGuard& operator=(const TraceGuard&) = delete;
-
-private:
-    bool on_;
-};
-
-// "SIM_Wait(ms)": scripts let simulated time pass (software watchdogs expire,
-// pulse inputs count at their frequency). It is the host's, not the
-// plug-in's, so it is offered to scripts only.
-using icphost::nvValue;
-
-nvValue sim_wait(const nvValue& ms) {
-    if (!ms.isUnsignedInteger()) return nvValue();
-    usbsim::advance_ms(ms.toUnsignedInt());
-    pacsim::advance_ms(ms.toUnsignedInt());
-    return nvValue(NuvarelMath::ValueTypes::nvBoolean(true));
-}
-
-icphost::ScriptFunction sim_wait_function() {
-    icphost::ScriptFunction f;
-    f.export_name = "icphost_sim_wait";
-    f.name = "SIM_Wait";
-    f.help = {"Let the simulated clock of the USB and serial modules run on", "Boolean",
-              "Integer. Milliseconds"};
-    f.entry = reinterpret_cast<icphost::ScriptFunction::Entry>(&sim_wait);
-    return f;
+bool stdin_is_terminal() {
+#if defined(_WIN32)
+    return _isatty(_fileno(stdin)) != 0;
+#else
+    return isatty(STDIN_FILENO) != 0;
+#endif
 }
 
 std::string join(const std::vector<std::string>& parts, const char* separator) {
@@ -136,9 +89,16 @@ int main(int argc, char** argv) {
                    "Run a statement; repeat -e for more, they run in order and share variables")
         ->allow_extra_args(false);
 
-    auto* functions_cmd = app.add_subcommand("functions", "List the script functions and their help");
+    auto* functions_cmd = app.add_subcommand("functions", "List the script functions and their help, by group");
     bool json = false;
-    functions_cmd->add_flag("--json", json, "One JSON object per function: export, name, help");
+    bool markdown = false;
+    std::string pattern;
+    functions_cmd->add_option("PATTERN", pattern,
+                              "Only names holding this text, or matching it with * and ?");
+    auto* json_flag = functions_cmd->add_flag("--json", json, "One JSON object per function: export, name, help");
+    functions_cmd->add_flag("--markdown", markdown, "A Markdown reference (docs/functions.md)")->excludes(json_flag);
+
+    auto* repl_cmd = app.add_subcommand("repl", "An interactive session");
 
     auto* help_cmd = app.add_subcommand("help", "Show the help of one script function");
     std::vector<std::string> help_words;
@@ -147,7 +107,7 @@ int main(int argc, char** argv) {
 
     auto* run_cmd = app.add_subcommand("run", "Run a script file");
     std::string script_path;
-    run_cmd->add_option("FILE", script_path, "The script")->required();
+    run_cmd->add_option("FILE", script_path, "The script; - for standard input")->required();
 
     auto* serve_cmd = app.add_subcommand(
         "serve", "Put the rig's emulated serial modules behind a pseudo-terminal (Linux); prints its path");
@@ -166,19 +126,27 @@ int main(int argc, char** argv) {
         std::cerr << "icphost: -e cannot be combined with a command\n";
         return kSetupFailed;
     }
-    if (statements.empty() && !any_command) {
-        std::cerr << app.help();
-        return kSetupFailed;
-    }
+    // Without a command: a session on a terminal, else a script piped in.
+    const bool session = repl_cmd->parsed() || (statements.empty() && !any_command && stdin_is_terminal());
+    const bool from_stdin = (run_cmd->parsed() && script_path == "-") ||
+                            (statements.empty() && !any_command && !session);
 
     std::string script;
-    if (run_cmd->parsed() && !read_file(script_path, &script)) {
+    if (from_stdin) {
+        std::ostringstream buffer;
+        buffer << std::cin.rdbuf();
+        script = buffer.str();
+        script_path = "-";
+    } else if (run_cmd->parsed() && !read_file(script_path, &script)) {
         std::cerr << "icphost: cannot read " << script_path << '\n';
         return kSetupFailed;
     }
-    if (!set_up_rig(rig_path)) return kSetupFailed;
+    if (std::string error; !icphost::load_rig(rig_path, &error)) {
+        std::cerr << error << '\n';
+        return kSetupFailed;
+    }
     if (serve_cmd->parsed()) {
-        const TraceGuard guard(trace);
+        const icphost::Simulation simulation(std::cout, trace);
         return icphost::serve(serve_port, serve_link);
     }
 
@@ -197,29 +165,44 @@ int main(int argc, char** argv) {
     const auto& functions = plugin->functions();
 
     if (functions_cmd->parsed()) {
+        std::vector<const icphost::ScriptFunction*> chosen;
+        for (const auto* f : icphost::catalogue_order(functions))
+            if (icphost::matches(*f, pattern)) chosen.push_back(f);
         if (json) {
-            icphost::print_functions_json(std::cout, functions);
+            icphost::print_functions_json(std::cout, chosen);
+        } else if (markdown) {
+            icphost::print_functions_markdown(std::cout, chosen);
         } else {
-            icphost::print_functions(std::cout, functions);
+            icphost::print_functions(std::cout, chosen);
         }
-        return 0;
+        if (!chosen.empty() || pattern.empty()) return 0;
+        std::cerr << "icphost: no function matches '" << icp_platform::clip(pattern) << "'\n";
+        return kStatementFailed;
     }
     if (help_cmd->parsed()) {
         const std::string name = join(help_words, " ");
         const auto* f = icphost::find_function(functions, name);
         if (f == nullptr) {
-            std::cerr << "icphost: unknown function '" << icp_platform::clip(name) << "'\n";
+            std::cerr << "icphost: unknown function '" << icp_platform::clip(name) << "'"
+                      << icphost::did_you_mean(icphost::nearest_names(functions, name)) << '\n';
             return kStatementFailed;
         }
         icphost::print_help(std::cout, *f);
         return 0;
     }
 
-    const TraceGuard guard(trace);
-    std::vector<icphost::ScriptFunction> offered(functions.begin(), functions.end());
-    offered.push_back(sim_wait_function());
-    icphost::Interpreter interpreter(offered, std::cout, std::cerr);
-    if (run_cmd->parsed()) {
+    icphost::Simulation simulation(std::cout, trace);
+    icphost::Interpreter interpreter(functions, std::cout, std::cerr);
+    interpreter.set_directive_handler([&](std::string_view directive) { simulation.run(directive); });
+    if (session) {
+        icphost::SessionSettings settings;
+        settings.terminal = stdin_is_terminal();
+        settings.history = icphost::default_history_path();
+        settings.directives_help = icphost::Simulation::usage();
+        settings.directives = icphost::Simulation::names();
+        return icphost::run_session(functions, interpreter, settings, std::cout, std::cerr);
+    }
+    if (run_cmd->parsed() || from_stdin) {
         interpreter.run(script_path, script);
     } else {
         interpreter.run("-e", join(statements, "\n"));

@@ -11,6 +11,8 @@
 
 #include <icp_platform/format.h>
 
+#include "icphost/listing.h"
+
 namespace icphost {
 
 namespace {
@@ -19,8 +21,38 @@ using namespace NuvarelMath::ValueTypes;
 using Variables = std::map<std::string, Interpreter::Variable, std::less<>>;
 
 struct Fault : std::runtime_error {
-    using std::runtime_error::runtime_error;
+    explicit Fault(const std::string& message, std::size_t at = std::string_view::npos,
+                   std::vector<std::string> more = {})
+        : std::runtime_error(message), column(at), detail(std::move(more)) {}
+    std::size_t column;               // of a syntax error, from 0
+    std::vector<std::string> detail;  // further lines
 };
+
+// The line around `column`, at most `window` bytes of it with "..." where it
+// is cut, and under it a caret at the column's character.
+std::string excerpt(std::string_view line, std::size_t column) {
+    constexpr std::size_t window = 60;
+    const auto continuation = [&](std::size_t i) {
+        return i < line.size() && (static_cast<unsigned char>(line[i]) & 0xC0) == 0x80;
+    };
+    column = std::min(column, line.size());
+    std::size_t first = 0, last = line.size();
+    if (last > window) {
+        first = column > window / 2 ? column - window / 2 : 0;
+        last = std::min(line.size(), first + window);
+        while (first > 0 && continuation(first)) --first;
+        while (continuation(last)) ++last;
+    }
+    std::string text = first > 0 ? "..." : "";
+    std::string caret(text.size(), ' ');
+    for (std::size_t i = first; i < last; ++i) {
+        const auto c = static_cast<unsigned char>(line[i]);
+        text += c == '\t' ? ' ' : (c < 0x20 || c == 0x7F) ? '?' : char(c);
+        if (i < column && !continuation(i)) caret += ' ';
+    }
+    if (last < line.size()) text += "...";
+    return "    " + text + "\n    " + caret + "^\n";
+}
 
 struct Expr {
     enum class Kind { Literal, Variable, Call, Vector };
@@ -43,23 +75,14 @@ const std::string nesting_limit = std::to_string(max_nesting);
 
 std::string quoted(std::string_view text) { return "'" + icp_platform::clip(text) + "'"; }
 
+[[noreturn]] void syntax(const std::string& message, std::size_t column) { throw Fault(message, column); }
+
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_hex(char c) { return is_digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 bool is_name_start(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool is_name_char(char c) { return is_name_start(c) || is_digit(c); }
 bool is_keyword(std::string_view s) { return s == "null" || s == "true" || s == "false"; }
-
-// Lower case without blanks and underscores: "icpusb_opendevice" and
-// "ICPUSB OpenDevice" both become the key of "ICPUSB_OpenDevice".
-std::string loose_key(std::string_view name) {
-    std::string key;
-    for (char c : name) {
-        if (c == ' ' || c == '_') continue;
-        key += (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c;
-    }
-    return key;
-}
 
 std::string plural(std::size_t n, const char* word) {
     return std::to_string(n) + " " + word + (n == 1 ? "" : "s");
@@ -87,7 +110,7 @@ public:
         if (is_name_start(s_[p_])) {
             std::string id = name();
             if (next() == '=') {
-                if (is_keyword(id)) throw Fault("cannot assign to " + quoted(id));
+                if (is_keyword(id)) syntax("cannot assign to " + quoted(id), start);
                 ++p_;
                 st.target = std::move(id);
             } else {
@@ -95,7 +118,7 @@ public:
             }
         }
         st.expr = expression();
-        if (next() != '\0') throw Fault("unexpected " + found() + " after the expression");
+        if (next() != '\0') syntax("unexpected " + found() + " after the expression", p_);
         return st;
     }
 
@@ -131,7 +154,7 @@ private:
         if (c == '-' || is_digit(c) || (c == '.' && is_digit(at(p_ + 1)))) return literal(number());
         if (const ScriptFunction* f = known_call()) return call(*f);
         if (is_name_start(c)) return named();
-        throw Fault("expected an expression, found " + found());
+        syntax("expected an expression, found " + found(), p_);
     }
 
     // A known script name, the longest that fits, followed by blanks and '('.
@@ -174,7 +197,9 @@ private:
                 if (f->name == id)
                     throw Fault("unknown variable '" + id + "' (a function: call it as " + id + "())");
             }
-            throw Fault("unknown variable " + quoted(id));
+            std::vector<std::string> names;
+            for (const auto& [name, variable] : variables_) names.push_back(name);
+            throw Fault("unknown variable " + quoted(id) + did_you_mean(nearest_names(names, id)));
         }
         Expr e;
         e.kind = Expr::Kind::Variable;
@@ -183,18 +208,15 @@ private:
     }
 
     std::string suggestion(const std::string& called) const {
-        const std::string key = loose_key(called);
-        for (const ScriptFunction* f : functions_) {
-            if (loose_key(f->name) == key || loose_key(f->export_name) == key)
-                return " (did you mean '" + f->name + "'?)";
-        }
-        return "";
+        std::vector<std::string> names;
+        for (const ScriptFunction* f : functions_) names.push_back(f->name);
+        return did_you_mean(nearest_names(names, called));
     }
 
     // Expressions separated by commas up to `close`; the opening bracket is
     // at the current position.
     std::vector<Expr> list(char close, const std::string& where) {
-        if (++depth_ > max_nesting) throw Fault("brackets and calls nested deeper than " + nesting_limit);
+        if (++depth_ > max_nesting) syntax("brackets and calls nested deeper than " + nesting_limit, p_);
         ++p_;
         std::vector<Expr> items;
         if (next() == close) {
@@ -206,8 +228,7 @@ private:
             items.push_back(expression());
             const char c = next();
             if (c != ',' && c != close)
-                throw Fault(std::string("expected ',' or '") + close + "' in " + where +
-                            ", found " + found());
+                syntax(std::string("expected ',' or '") + close + "' in " + where + ", found " + found(), p_);
             ++p_;
             if (c == close) {
                 --depth_;
@@ -222,9 +243,12 @@ private:
         e.function = &f;
         e.items = list(')', "the arguments of '" + f.name + "'");
         if (e.items.size() != f.arity()) {
+            std::vector<std::string> parameters;
+            if (f.arity() > 0) parameters = parameter_lines(f);
             throw Fault("'" + f.name + "' takes " +
-                        (f.arity() == 0 ? std::string("no arguments") : plural(f.arity(), "argument")) +
-                        ", " + std::to_string(e.items.size()) + " given");
+                            (f.arity() == 0 ? std::string("no arguments") : plural(f.arity(), "argument")) +
+                            ", " + std::to_string(e.items.size()) + " given" + (f.arity() > 0 ? ":" : ""),
+                        std::string_view::npos, std::move(parameters));
         }
         return e;
     }
@@ -238,24 +262,24 @@ private:
 
     nvValue string() {
         std::string text;
-        ++p_;
+        const std::size_t start = p_++;
         for (;;) {
-            if (p_ >= s_.size()) throw Fault("unterminated string");
+            if (p_ >= s_.size()) syntax("unterminated string", start);
             const char c = s_[p_++];
             if (c == '"') break;
             if (c != '\\') {
                 text += c;
                 continue;
             }
-            if (p_ >= s_.size()) throw Fault("unterminated string");
+            if (p_ >= s_.size()) syntax("unterminated string", start);
             const char e = s_[p_++];
             switch (e) {
                 case 'n': text += '\n'; break;
                 case '"': text += '"'; break;
                 case '\\': text += '\\'; break;
                 default:
-                    throw Fault(std::string("unknown escape '\\") + e +
-                                "' in a string (\\n, \\\" and \\\\ are known)");
+                    syntax(std::string("unknown escape '\\") + e + "' in a string (\\n, \\\" and \\\\ are known)",
+                           p_ - 2);
             }
         }
         return nvSymbolicValue(text, true, {});
@@ -266,7 +290,7 @@ private:
         const bool negative = at(p_) == '-';
         if (negative) ++p_;
         if (!is_digit(at(p_)) && !(at(p_) == '.' && is_digit(at(p_ + 1))))
-            throw Fault("expected a number after '-'");
+            syntax("expected a number after '-'", start);
         const bool hex = at(p_) == '0' && (at(p_ + 1) == 'x' || at(p_ + 1) == 'X');
         bool real = false;
         std::size_t digits = 0;
@@ -292,7 +316,7 @@ private:
         }
         if (digits == 0 || is_name_char(at(p_)) || at(p_) == '.') {
             while (is_name_char(at(p_)) || at(p_) == '.') ++p_;
-            throw Fault("malformed number " + quoted(s_.substr(start, p_ - start)));
+            syntax("malformed number " + quoted(s_.substr(start, p_ - start)), start);
         }
         const char* first = s_.data() + start;
         const char* last = s_.data() + p_;
@@ -300,7 +324,7 @@ private:
         if (real) {
             double x = 0;
             const auto r = std::from_chars(first, last, x);
-            if (r.ec != std::errc() || r.ptr != last) throw Fault("real out of range: " + text);
+            if (r.ec != std::errc() || r.ptr != last) syntax("real out of range: " + text, start);
             return nvDouble(x);
         }
         std::uint64_t magnitude = 0;
@@ -308,7 +332,7 @@ private:
         const auto r = std::from_chars(digits_first, last, magnitude, hex ? 16 : 10);
         constexpr auto max = std::uint64_t(std::numeric_limits<std::int64_t>::max());
         if (r.ec != std::errc() || magnitude > max + (negative ? 1 : 0))
-            throw Fault("integer out of the 64-bit range: " + text);
+            syntax("integer out of the 64-bit range: " + text, start);
         // Two's complement: -2^63 has no positive counterpart.
         const auto value = static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
         return nvInteger(static_cast<long long>(value));
@@ -399,23 +423,44 @@ std::size_t Interpreter::run(std::string_view source, std::string_view text) {
         try {
             if (const std::size_t nul = line.find('\0'); nul != std::string_view::npos)
                 throw Fault("a NUL byte at column " + std::to_string(nul + 1));
+            if (const std::size_t code = line.find_first_not_of(" \t");
+                code != std::string_view::npos && line[code] == ':') {
+                if (!directive_) throw Fault("directives are not taken here");
+                directive_(line.substr(code + 1));
+                continue;
+            }
             auto st = Parser(line, by_length_, variables_).statement();
             if (!st) continue;
             int depth = 0;
             nvValue value = evaluate(st->expr, variables_, &depth);
             if (st->target.empty()) {
-                out_ << value.repr() << '\n' << std::flush;
+                if (printer_) printer_(out_, value);
+                else out_ << value.repr() << '\n';
+                out_.flush();
             } else {
                 variables_.insert_or_assign(std::move(st->target), Variable{std::move(value), depth});
             }
         } catch (const std::exception& e) {
             ++failed;
             out_.flush();
-            err_ << source << ':' << number << ": " << e.what() << '\n' << std::flush;
+            if (source.empty()) err_ << "error: ";
+            else err_ << source << ':' << number << ": ";
+            err_ << e.what() << '\n';
+            if (const auto* fault = dynamic_cast<const Fault*>(&e)) {
+                if (fault->column != std::string_view::npos) err_ << excerpt(line, fault->column);
+                for (const auto& more : fault->detail) err_ << "    " << more << '\n';
+            }
+            err_.flush();
         }
     }
     failures_ += failed;
     return failed;
+}
+
+std::vector<std::string> Interpreter::variable_names() const {
+    std::vector<std::string> names;
+    for (const auto& [name, variable] : variables_) names.push_back(name);
+    return names;
 }
 
 }  // namespace icphost

@@ -13,10 +13,16 @@
 //
 // A line is parsed whole before anything of it runs, so a faulty line calls
 // nothing. A fault is reported as "SOURCE:LINE: message" and the next line
-// runs.
+// runs; a syntax error adds the line (cut to a short window) and a caret
+// under its column, a wrong argument count the function's parameters.
+//
+// A line whose first character other than blanks is ':' is a directive: it
+// goes, without the ':', to the directive handler, which throws
+// std::exception with the message of a fault.
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <ostream>
 #include <span>
@@ -36,12 +42,21 @@ public:
     Interpreter(std::span<const ScriptFunction> functions, std::ostream& out, std::ostream& err);
 
     // Runs every line of `text`; `source` names it in messages ("-e", a file
-    // name). Variables live on from one run to the next. Returns the number
+    // name; when empty, a fault reads "error: message"). Variables live on from one run to the next. Returns the number
     // of lines that failed.
     std::size_t run(std::string_view source, std::string_view text);
 
     // Whether a line of any run failed.
     bool failed() const { return failures_ > 0; }
+
+    using DirectiveHandler = std::function<void(std::string_view directive)>;
+    void set_directive_handler(DirectiveHandler handler) { directive_ = std::move(handler); }
+    // How a statement's value is printed; repr() and a new line unless set.
+    using Printer = std::function<void(std::ostream& out, const nvValue& value)>;
+    void set_printer(Printer printer) { printer_ = std::move(printer); }
+
+    // The names of the variables, sorted.
+    std::vector<std::string> variable_names() const;
 
     // A variable's value and how deep vectors nest in it.
     struct Variable {
@@ -55,6 +70,8 @@ private:
     std::ostream& out_;
     std::ostream& err_;
     std::size_t failures_ = 0;
+    DirectiveHandler directive_;
+    Printer printer_;
 };
 
 }  // namespace icphost

@@ -13,7 +13,7 @@ set -euo pipefail
 native=(
   cmake make g++ pkg-config
   googletest libgtest-dev libbenchmark-dev
-  nlohmann-json3-dev libcli11-dev libfmt-dev libserialport-dev
+  nlohmann-json3-dev libcli11-dev libfmt-dev libserialport-dev libedit-dev
   python3 valgrind
 )
 windows=(

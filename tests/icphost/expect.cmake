@@ -1,7 +1,7 @@
 # Runs a program once and checks its exit status and output:
 #
 #   cmake -DPROGRAM=EXE [-DEMULATOR=RUNNER] [-DARG1=... -DARG2=...]
-#         -DCODE=N
+#         [-DSTDIN_FILE=FILE] -DCODE=N
 #         [-DSTDOUT=TEXT | -DSTDOUT_FILE=FILE] [-DSTDOUT_MATCHES=REGEX] [-DSTDOUT_JSON=ON]
 #         [-DSTDERR=TEXT | -DSTDERR_FILE=FILE] [-DSTDERR_MATCHES=REGEX]
 #         -P expect.cmake
@@ -9,7 +9,8 @@
 # STDOUT / STDERR: the whole output is TEXT and one newline ("" for none).
 # FILE: the whole output is the file's text. Line ends are compared as "\n".
 # Arguments are ARG1, ARG2, ... in order: no shell and no list splitting
-# comes between a test and the program.
+# comes between a test and the program. Standard input is STDIN_FILE, else
+# empty.
 cmake_minimum_required(VERSION 3.25)
 
 set(args)
@@ -19,8 +20,16 @@ foreach(i RANGE 1 20)
   endif()
 endforeach()
 
+if(NOT DEFINED STDIN_FILE)
+  if(WIN32)
+    set(STDIN_FILE NUL)
+  else()
+    set(STDIN_FILE /dev/null)
+  endif()
+endif()
 execute_process(
   COMMAND ${EMULATOR} ${PROGRAM} ${args}
+  INPUT_FILE "${STDIN_FILE}"
   RESULT_VARIABLE code
   OUTPUT_VARIABLE out
   ERROR_VARIABLE err)

@@ -100,7 +100,9 @@ TEST(Listing, JsonHasOneRecordPerFunctionInOrder) {
     functions[1].name = "ICPCOM Rec Cmd Stop";
     functions[1].help = {"Say \"stop\"\nnow", "Boolean", "25 \xB0""C"};
     std::ostringstream out;
-    icphost::print_functions_json(out, functions);
+    std::vector<const icphost::ScriptFunction*> all;
+    for (const auto& f : functions) all.push_back(&f);
+    icphost::print_functions_json(out, all);
     const std::string text = out.str();
     EXPECT_NE(text.find("\n{\"export\":\"plugin_icp_loaded\",\"name\":\"ICP_Loaded\","
                         "\"help\":[\"Is ICP plugin loaded\",\"Boolean\"]},\n"),

@@ -73,12 +73,26 @@ struct Case {
     const char* err;
 };
 
+// The first line of every fault: the lines under it (indented) show where
+// and what would fit; ErrorsShowWhereAndWhatFits checks those.
+std::string headlines(const std::string& err) {
+    std::string out;
+    std::size_t start = 0;
+    while (start < err.size()) {
+        const std::size_t end = err.find('\n', start);
+        const std::string line = err.substr(start, end - start + 1);
+        if (!line.starts_with("    ")) out += line;
+        start = end == std::string::npos ? err.size() : end + 1;
+    }
+    return out;
+}
+
 void check(const std::vector<Case>& cases) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.script);
         const Run r = run(c.script);
         EXPECT_EQ(r.out, c.out);
-        EXPECT_EQ(r.err, c.err);
+        EXPECT_EQ(headlines(r.err), c.err);
         std::size_t lines = 0;
         for (const char* p = c.err; *p; ++p) lines += *p == '\n';
         EXPECT_EQ(r.failures, lines);
@@ -136,13 +150,13 @@ TEST(Script, Calls) {
         {"Pair(Count(), Count())", "[1, 2, null, null, null]\n", ""},
         {"ICPCOM Rec Cmd Stop()\nICPCOM Rec Cmd()\nICPCOM Rec Cmd Stop ()", "true\n\"rec\"\ntrue\n", ""},
         {"Foo()", "", "t.icp:1: unknown function 'Foo'\n"},
-        {"ICPCOM Rec Cmd Go(1)", "", "t.icp:1: unknown function 'ICPCOM Rec Cmd Go'\n"},
+        {"ICPCOM Rec Cmd Go(1)", "", "t.icp:1: unknown function 'ICPCOM Rec Cmd Go' (did you mean 'ICPCOM Rec Cmd'?)\n"},
         {"ICPCOM  Rec Cmd Stop()", "",
          "t.icp:1: unknown function 'ICPCOM  Rec Cmd Stop' (did you mean 'ICPCOM Rec Cmd Stop'?)\n"},
         {"answer()", "", "t.icp:1: unknown function 'answer' (did you mean 'Answer'?)\n"},
         {"Answer(1)", "", "t.icp:1: 'Answer' takes no arguments, 1 given\n"},
-        {"Echo()", "", "t.icp:1: 'Echo' takes 1 argument, 0 given\n"},
-        {"Pair(1, 2, 3)", "", "t.icp:1: 'Pair' takes 2 arguments, 3 given\n"},
+        {"Echo()", "", "t.icp:1: 'Echo' takes 1 argument, 0 given:\n"},
+        {"Pair(1, 2, 3)", "", "t.icp:1: 'Pair' takes 2 arguments, 3 given:\n"},
         {"Echo(1", "", "t.icp:1: expected ',' or ')' in the arguments of 'Echo', found end of line\n"},
         {"Echo(1 # comment", "", "t.icp:1: expected ',' or ')' in the arguments of 'Echo', found end of line\n"},
         {"Answer", "", "t.icp:1: unknown variable 'Answer' (a function: call it as Answer())\n"},
@@ -156,7 +170,7 @@ TEST(Script, FaultyLineCallsNothing) {
         {"Count() )\nCount()", "1\n", "t.icp:1: unexpected ')' after the expression\n"},
         {"Pair(Count(), Foo())\nCount()", "1\n", "t.icp:1: unknown function 'Foo'\n"},
         {"Pair(Count(), y)\nCount()", "1\n", "t.icp:1: unknown variable 'y'\n"},
-        {"Pair(Count(), Echo())\nCount()", "1\n", "t.icp:1: 'Echo' takes 1 argument, 0 given\n"},
+        {"Pair(Count(), Echo())\nCount()", "1\n", "t.icp:1: 'Echo' takes 1 argument, 0 given:\n"},
     });
 }
 
@@ -211,7 +225,7 @@ TEST(Script, HostileLinesFailAloneWithAShortMessage) {
         {"1" + name, "t.icp:1: malformed number '1" + clipped.substr(1) + "'\n"},
         {"1" + std::string(100000, '0'), "t.icp:1: integer out of the 64-bit range: 1" + std::string(63, '0') + "...\n"},
         {"1" + std::string(400, '0') + ".0", "t.icp:1: real out of range: 1" + std::string(63, '0') + "...\n"},
-        {"Echo(\"" + name + "\", 1)", "t.icp:1: 'Echo' takes 1 argument, 2 given\n"},
+        {"Echo(\"" + name + "\", 1)", "t.icp:1: 'Echo' takes 1 argument, 2 given:\n"},
         // A value grows a level a line through a variable.
         {growing + "x = 0", "t.icp:257: a value with vectors nested deeper than 256\n"},
         {growing.substr(0, growing.rfind("x = ")) + "[Echo(x)]",
@@ -220,7 +234,8 @@ TEST(Script, HostileLinesFailAloneWithAShortMessage) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.err);
         const auto r = run(c.line + "\nAnswer()");
-        EXPECT_EQ(r.err, c.err);
+        EXPECT_EQ(headlines(r.err), c.err);
+        EXPECT_LT(r.err.size(), 400u);
         EXPECT_EQ(r.out, "42\n");
         EXPECT_EQ(calls, 0);
     }
@@ -228,6 +243,62 @@ TEST(Script, HostileLinesFailAloneWithAShortMessage) {
     const auto r = run(repeat("[", 255) + "Echo(1)" + repeat("]", 255));
     EXPECT_EQ(r.err, "");
     EXPECT_EQ(r.out, repeat("[", 255) + "1" + repeat("]", 255) + "\n");
+}
+
+// Under a fault's first line: a syntax error's line (a window of it when it
+// is long) with a caret under the column; the parameters of a function
+// given a wrong argument count; the nearest names of an unknown one.
+TEST(Script, ErrorsShowWhereAndWhatFits) {
+    const std::string long_line = "Echo(" + std::string(100, '1') + " 2)";
+    const struct {
+        std::string script, out, err;
+    } cases[] = {
+        {"[1 2]", "", "t.icp:1: expected ',' or ']' in a vector, found '2]'\n    [1 2]\n       ^\n"},
+        {"x = \"open", "", "t.icp:1: unterminated string\n    x = \"open\n        ^\n"},
+        {"\t42 43", "", "t.icp:1: unexpected '43' after the expression\n     42 43\n        ^\n"},
+        {"\"\xC3\xA9t\xC3\xA9\" 1", "", "t.icp:1: unexpected '1' after the expression\n    \"\xC3\xA9t\xC3\xA9\" 1\n          ^\n"},
+        {"Echo(\"\\q\")", "",
+         "t.icp:1: unknown escape '\\q' in a string (\\n, \\\" and \\\\ are known)\n    Echo(\"\\q\")\n          ^\n"},
+        {long_line, "",
+         "t.icp:1: integer out of the 64-bit range: " + std::string(64, '1') + "...\n"
+         "    Echo(" + std::string(55, '1') + "...\n"
+         "         ^\n"},
+        {"Pair(1)", "", "t.icp:1: 'Pair' takes 2 arguments, 1 given:\n    1. help\n    2. help\n"},
+        {"answr()", "", "t.icp:1: unknown function 'answr' (did you mean 'Answer'?)\n"},
+        {"ICPCOM_Rec_Cmd_Stop()", "", "t.icp:1: unknown function 'ICPCOM_Rec_Cmd_Stop' (did you mean 'ICPCOM Rec Cmd Stop'?)\n"},
+        {"Fiv(1)", "", "t.icp:1: unknown function 'Fiv' (did you mean 'Five'?)\n"},
+        {"Piar(1)", "", "t.icp:1: unknown function 'Piar' (did you mean 'Pair'?)\n"},
+        {"x = 1\ny", "", "t.icp:2: unknown variable 'y'\n"},
+        {"Zebra(1)", "", "t.icp:1: unknown function 'Zebra'\n"},
+        {"count = 1\ncuont", "", "t.icp:2: unknown variable 'cuont' (did you mean 'count'?)\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.script);
+        const auto r = run(c.script);
+        EXPECT_EQ(r.out, c.out);
+        EXPECT_EQ(r.err, c.err);
+    }
+    const auto middle = run(std::string(70, ' ') + "1 2" + std::string(70, ' ') + "3");
+    EXPECT_EQ(middle.err, "t.icp:1: unexpected '2" + std::string(20, ' ') + "...' after the expression\n"
+                          "    ..." + std::string(28, ' ') + "1 2" + std::string(29, ' ') + "...\n" +
+                          std::string(4 + 3 + 30, ' ') + "^\n");
+}
+
+TEST(Script, DirectivesGoToTheirHandler) {
+    std::ostringstream out, err;
+    icphost::Interpreter interpreter(functions, out, err);
+    EXPECT_EQ(interpreter.run("t.icp", ":time +1s\n"), 1u);
+    EXPECT_EQ(err.str(), "t.icp:1: directives are not taken here\n");
+    std::vector<std::string> seen;
+    interpreter.set_directive_handler([&](std::string_view d) {
+        if (d.starts_with("bad")) throw std::runtime_error("refused");
+        seen.emplace_back(d);
+    });
+    err.str("");
+    EXPECT_EQ(interpreter.run("t.icp", "  :time +1s\nAnswer()\n:bad\n"), 1u);
+    EXPECT_EQ(seen, std::vector<std::string>{"time +1s"});
+    EXPECT_EQ(out.str(), "42\n");
+    EXPECT_EQ(err.str(), "t.icp:3: refused\n");
 }
 
 TEST(Script, VariablesLiveFromOneRunToTheNext) {
