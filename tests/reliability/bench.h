@@ -1,6 +1,7 @@
 // A fresh default rig for one function: handles to a USB module that has
-// the function's I/O group and to the serial port, one of each already
-// closed, and arguments of the right kind for every parameter.
+// the function's I/O group (and, for a group function, to one without it)
+// and to the serial port, one of each already closed, and arguments of the
+// right kind for every parameter.
 #pragma once
 
 #include <string>
@@ -12,6 +13,7 @@ namespace reliability {
 
 struct Bench {
     nvValue usb, usb_closed, com, com_closed;
+    nvValue usb_without;  // a module without the group: null when no group
     std::string model;  // the USB module's model ID
     int board = 0;
     unsigned total = 0;  // its channel total of the function's group

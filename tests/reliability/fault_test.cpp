@@ -138,6 +138,7 @@ Bench bench_for(const Signature& s) {
     const bool com = std::count(s.params.begin(), s.params.end(), Param::ComHandle) > 0;
     if (!usb) icpusb_closedevice(b.usb);
     if (!com) icpcom_closedevice(b.com);
+    if (!b.usb_without.isNull()) icpusb_closedevice(b.usb_without);
     clear_calls();
     return b;
 }
