@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "com/port.h"
+#include "PACSDK.h"
 #include "pacsdk_sim.h"
 #include "plugin/state.h"
 #include "plugin/values/values.h"
@@ -118,5 +119,11 @@ std::string describe(const nvValue& v) {
     std::string r = v.repr();
     return r.size() > 60 ? r.substr(0, 57) + "..." : r;
 }
+
+std::int32_t error_state(const Signature& s) {
+    return s.usb ? icp::usb_last_error : static_cast<std::int32_t>(pac_GetLastError());
+}
+
+nvValue wide(long long i) { return nvValue(NuvarelMath::ValueTypes::nvInteger(i)); }
 
 }  // namespace reliability

@@ -4,6 +4,7 @@
 // right kind for every parameter.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -38,5 +39,8 @@ std::string call_name(const std::string& line);
 bool before_arguments(const std::string& line, const Signature& s);
 
 std::string describe(const nvValue& v);
+// usb_last_error for a USB function, the PAC SDK's last error for a serial one.
+std::int32_t error_state(const Signature& s);
+nvValue wide(long long i);  // an Integer of any width
 
 }  // namespace reliability

@@ -29,8 +29,6 @@ using icp::make::integer;
 using icp::make::real;
 using icp::make::text;
 
-nvValue wide(long long i) { return nvValue(NuvarelMath::ValueTypes::nvInteger(i)); }
-
 nvValue numbers(unsigned n) {
     return icp::make::vector(n, [](unsigned i) { return integer(static_cast<std::int32_t>(i)); });
 }
@@ -85,10 +83,6 @@ std::int32_t refused_error(const icp::Function& f, const Signature& s, Param p) 
         return before;
     if (s.usb && p == Param::UsbHandle) return -1;
     return 0;
-}
-
-std::int32_t error_state(const Signature& s) {
-    return s.usb ? icp::usb_last_error : static_cast<std::int32_t>(pac_GetLastError());
 }
 
 TEST(Reliability, EveryFunctionEveryPositionEveryKind) {

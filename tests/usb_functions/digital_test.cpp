@@ -26,6 +26,8 @@ TEST(UsbDigital, ArgumentsReachTheSdkAtTheirWidth) {
 TEST(UsbDigital, WordsReadBack) {
     expect_read_back("USB2045_32", {
         {body(icpusb_do_writevalue), word(0xFFFFFFFF), body(icpusb_do_readvalue), real(4294967295.0)},
+        {[](const nvValue& h, const Args& a) { return icpusb_do_writechannelvalue(h, integer(31), a[0]); }, integer(1),
+         body(icpusb_do_readvalue), real(2147483648.0)},
         {body(icpusb_do_setsafetyenable), word(0x80000001), body(icpusb_do_getsafetyenable), real(2147483649.0)},
         {body(icpusb_do_setsafetyvalue), word(0xFFFFFFFF), body(icpusb_do_getsafetyvalue), real(4294967295.0)},
         {body(icpusb_do_setdigitaloutputinverse), word(0xFFFFFFFF), body(icpusb_do_getdigitaloutputinverse), integer(-1)},

@@ -48,13 +48,16 @@ TEST(UsbPulse, CountsStatusesAndClears) {
         "pi_count": [4294967295, 4294967295, 4294967295, 4294967295, 10, 20, 30, 40]}]})", nullptr));
     const nvValue h = icpusb_opendevice(text("USB2084"), integer(1));
     const auto row = [](double count, int status) { return std::pair{real(count), integer(status)}; };
-    expect_same(icpusb_pi_readchcntvalue(h, integer(0)), rows({row(4294967295.0, 0)}), "full count");
+    const double full = 4294967295.0;
+    const nvValue counts = rows({row(full, 0), row(full, 0), row(full, 0), row(full, 0), row(10, 0), row(20, 0), row(30, 0), row(40, 0)});
+    for (const auto& read : {icpusb_pi_readvalue, icpusb_pi_readcntvalue}) expect_same(read(h), counts, "full counts");
+    expect_same(icpusb_pi_readchcntvalue(h, integer(0)), rows({row(full, 0)}), "channel 0");
     expect_same(icpusb_pi_readchvalue(h, integer(7)), rows({row(40, 0)}), "channel 7");
     for (unsigned ch = 0; ch < 4; ++ch) usbsim::pulse(k2084, 1, ch, ch + 1);  // counts wrap to 0, 1, 2, 3
     const int o = usbsim::kPiOverflow;
-    const nvValue wrapped = rows({row(0, o), row(1, o), row(2, o), row(3, o), row(10, 0), row(20, 0), row(30, 0), row(40, 0)});
-    expect_same(icpusb_pi_readvalue(h), wrapped, "ReadValue");
-    expect_same(icpusb_pi_readcntvalue(h), wrapped, "ReadCntValue");
+    expect_same(icpusb_pi_readcntvalue(h),
+                rows({row(0, o), row(1, o), row(2, o), row(3, o), row(10, 0), row(20, 0), row(30, 0), row(40, 0)}),
+                "wrapped");
 
     expect_same(icpusb_pi_clearchstatus(h, integer(0x10003)), boolean(true), "status mask");
     expect_same(icpusb_pi_clearsinglechcount(h, integer(257)), boolean(true), "count of channel 1");
@@ -79,15 +82,25 @@ TEST(UsbPulse, SettingsReadBack) {
     ASSERT_FALSE(icpusb_pi_setchisolatedflag(h, integer(0), boolean(false)).isNull());
     expect_same(icpusb_pi_getchisolatedflag(h), real(128.0), "isolated flag of channel 0 off");
 
-    ASSERT_FALSE(icpusb_pi_setlpfilterwidths(h, ints({1, 2, 3, 4, 5, 6, 7, 32767})).isNull());
-    ASSERT_FALSE(icpusb_pi_setlpfilterwidth(h, integer(1), integer(20000)).isNull());
-    expect_same(icpusb_pi_getlpfilterwidth(h), ints({1, 20000, 3, 4, 5, 6, 7, 32767}), "widths");
-    ASSERT_FALSE(icpusb_pi_settriggermodes(h, ints({0, 1, 2, 0, 1, 2, 0, 1})).isNull());
-    ASSERT_FALSE(icpusb_pi_settriggermode(h, integer(7), integer(2)).isNull());
-    expect_same(icpusb_pi_gettriggermode(h), ints({0, 1, 2, 0, 1, 2, 0, 2}), "trigger modes");
-    ASSERT_FALSE(icpusb_pi_settypecodes(h, ints({0x56, 0x56, 0x51, 0x50, 0x55, 0x55, 0x54, 0x54})).isNull());
-    ASSERT_FALSE(icpusb_pi_settypecode(h, integer(3), integer(0x51)).isNull());
-    expect_same(icpusb_pi_gettypecode(h), ints({0x56, 0x56, 0x51, 0x51, 0x55, 0x55, 0x54, 0x54}), "types");
+    // A vector, then one channel.
+    const struct {
+        Body all, one, get;
+        std::vector<long long> values;
+        int channel, value;
+    } cases[] = {
+        {body(icpusb_pi_setlpfilterwidths), body(icpusb_pi_setlpfilterwidth), body(icpusb_pi_getlpfilterwidth),
+         {1, 2, 3, 4, 5, 6, 7, 32767}, 1, 20000},
+        {body(icpusb_pi_settriggermodes), body(icpusb_pi_settriggermode), body(icpusb_pi_gettriggermode),
+         {0, 1, 2, 0, 1, 2, 0, 1}, 7, 2},
+        {body(icpusb_pi_settypecodes), body(icpusb_pi_settypecode), body(icpusb_pi_gettypecode),
+         {0x56, 0x56, 0x51, 0x50, 0x55, 0x55, 0x54, 0x54}, 3, 0x51},
+    };
+    for (auto c : cases) {
+        ASSERT_FALSE(c.all(h, {ints(c.values)}).isNull()) << usbsim::calls().back();
+        ASSERT_FALSE(c.one(h, {integer(c.channel), integer(c.value)}).isNull()) << usbsim::calls().back();
+        c.values[static_cast<std::size_t>(c.channel)] = c.value;
+        expect_same(c.get(h, {}), ints(c.values), usbsim::calls().back());
+    }
 
     // One entry per channel, however many types the module supports.
     const auto& types = usbsim::find_model("USB2084")->pi_types;

@@ -1,5 +1,5 @@
-// Digital outputs and inputs: channel writes and the inverse at the
-// terminals, the watchdog's safety values, input counters and their edges.
+// Digital outputs and inputs: the watchdog's safety values, input counters
+// and their edges.
 #include <array>
 
 #include "fixture.h"
@@ -9,26 +9,6 @@ namespace {
 using usbioDigital = UsbioTest;
 
 constexpr std::uint16_t k2055 = 0x437;
-
-TEST_F(usbioDigital, ChannelWritesAndTheInverseAtTheTerminals) {
-    USBIO_HANDLE h = attach_and_open("USB2055");
-    struct {
-        std::uint8_t channel, value;
-        std::int32_t code;
-        std::uint32_t word;
-    } const steps[] = {
-        {0, 1, USBIO_OK, 0x01}, {7, 2, USBIO_OK, 0x81}, {0, 0, USBIO_OK, 0x80}, {8, 1, USBIO_ERR_PARAMETER, 0x80},
-    };
-    for (const auto& s : steps) {
-        EXPECT_EQ(DO_WriteChannelValue(h, s.channel, s.value), s.code);
-        EXPECT_EQ(state("USB2055").do_word, s.word);
-    }
-    ASSERT_EQ(DO_SetDigitalOutputInverse(h, 0x1FF), USBIO_OK);
-    std::uint32_t back = 0;
-    ASSERT_EQ(DO_ReadValue(h, &back), USBIO_OK);
-    EXPECT_EQ(back, 0x80u);                           // the word as written
-    EXPECT_EQ(state("USB2055").do_outputs(), 0x7Fu);  // the terminals, inverted
-}
 
 // Safety values apply once the watchdog expires: automatic reset off and no
 // call for longer than the timeout.
