@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "com/port.h"
+#include "PACSDK.h"
 #include "pacsdk_sim.h"
 #include "plugin/state.h"
 #include "plugin/values/values.h"
@@ -49,14 +50,14 @@ Bench set_up(const Signature& s) {
     Bench b;
     for (const auto& m : modules) {
         const unsigned total = total_of(*usbsim::find_model(m.model), s.group);
-        if (total == 0) continue;
+        if (total == 0 && b.usb_without.isNull()) b.usb_without = open_usb(m);
+        if (total == 0 || !b.model.empty()) continue;
         b.model = m.model;
         b.board = m.board;
         b.total = total;
         b.usb_closed = open_usb(m);
         icpusb_closedevice(b.usb_closed);
         b.usb = open_usb(m);
-        break;
     }
     if (b.model.empty()) throw std::logic_error("no module of the default rig has the group");
     b.com_closed = icpcom_opendevice(icp::make::text(port));
@@ -118,5 +119,11 @@ std::string describe(const nvValue& v) {
     std::string r = v.repr();
     return r.size() > 60 ? r.substr(0, 57) + "..." : r;
 }
+
+std::int32_t error_state(const Signature& s) {
+    return s.usb ? icp::usb_last_error : static_cast<std::int32_t>(pac_GetLastError());
+}
+
+nvValue wide(long long i) { return nvValue(NuvarelMath::ValueTypes::nvInteger(i)); }
 
 }  // namespace reliability

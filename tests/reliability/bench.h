@@ -1,8 +1,10 @@
 // A fresh default rig for one function: handles to a USB module that has
-// the function's I/O group and to the serial port, one of each already
-// closed, and arguments of the right kind for every parameter.
+// the function's I/O group (and, for a group function, to one without it)
+// and to the serial port, one of each already closed, and arguments of the
+// right kind for every parameter.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,7 @@ namespace reliability {
 
 struct Bench {
     nvValue usb, usb_closed, com, com_closed;
+    nvValue usb_without;  // a module without the group: null when no group
     std::string model;  // the USB module's model ID
     int board = 0;
     unsigned total = 0;  // its channel total of the function's group
@@ -36,5 +39,8 @@ std::string call_name(const std::string& line);
 bool before_arguments(const std::string& line, const Signature& s);
 
 std::string describe(const nvValue& v);
+// usb_last_error for a USB function, the PAC SDK's last error for a serial one.
+std::int32_t error_state(const Signature& s);
+nvValue wide(long long i);  // an Integer of any width
 
 }  // namespace reliability

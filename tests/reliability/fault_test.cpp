@@ -138,6 +138,7 @@ Bench bench_for(const Signature& s) {
     const bool com = std::count(s.params.begin(), s.params.end(), Param::ComHandle) > 0;
     if (!usb) icpusb_closedevice(b.usb);
     if (!com) icpcom_closedevice(b.com);
+    if (!b.usb_without.isNull()) icpusb_closedevice(b.usb_without);
     clear_calls();
     return b;
 }
@@ -215,10 +216,6 @@ std::vector<Sdk> failable(const std::vector<std::string>& usb_log, const std::ve
     return out;
 }
 
-std::int32_t error_code(const Signature& s) {
-    return s.usb ? icp::usb_last_error : static_cast<std::int32_t>(pac_GetLastError());
-}
-
 void check(const char* what, const icp::Function& f, const Signature& s, const Expectation& e,
            const nvValue& good, const nvValue& result, std::int32_t error, std::int32_t code) {
     const std::string where = std::string(f.script_name) + ", " + what;
@@ -279,7 +276,7 @@ TEST(Reliability, EverySdkCallOfEveryFunctionFails) {
             else
                 pacsim::fail_next(sdk.name, pac_code, 1, sdk.before);
             const nvValue result = f.invoke(args);
-            const std::int32_t error = error_code(s);
+            const std::int32_t error = error_state(s);
             const std::string after = state();
             ++faults;
             const std::string what = sdk.name + " #" + std::to_string(sdk.before + 1) + " failing";
@@ -313,7 +310,7 @@ TEST(Reliability, EverySdkCallOfEveryFunctionFails) {
             const std::string before = state();
             for (int a = 1; a <= 4; ++a) lf.arm(a);
             const nvValue result = f.invoke(args);
-            const std::int32_t error = error_code(s);
+            const std::int32_t error = error_state(s);
             for (int a = 1; a <= 4; ++a) pacsim::silence("COM1", a, false);
             ++faults;
             Expectation e = expected(f, s, "");

@@ -7,11 +7,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
+#include <cstring>
 #include <iostream>
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "PACSDK.h"
@@ -25,8 +28,6 @@ namespace {
 using icp::make::integer;
 using icp::make::real;
 using icp::make::text;
-
-nvValue wide(long long i) { return nvValue(NuvarelMath::ValueTypes::nvInteger(i)); }
 
 nvValue numbers(unsigned n) {
     return icp::make::vector(n, [](unsigned i) { return integer(static_cast<std::int32_t>(i)); });
@@ -84,10 +85,6 @@ std::int32_t refused_error(const icp::Function& f, const Signature& s, Param p) 
     return 0;
 }
 
-std::int32_t error_state(const Signature& s) {
-    return s.usb ? icp::usb_last_error : static_cast<std::int32_t>(pac_GetLastError());
-}
-
 TEST(Reliability, EveryFunctionEveryPositionEveryKind) {
     std::size_t functions = 0, calls = 0;
     for (const icp::Function* f : icp::catalogue()) {
@@ -132,10 +129,20 @@ TEST(Reliability, EveryFunctionEveryPositionEveryKind) {
     EXPECT_GT(functions, 0u);
 }
 
+// The SDK call a USB function is named after: "ICPUSB_AO_ReadChExpValueDigital"
+// reads the group with "AO_ReadExpValueDigital".
+std::string own_call(const icp::Function& f) {
+    if (std::string_view(f.export_name) == "icpusb_do_setpoweronenables") return "DO_SetPowerOnEnable";
+    std::string n = std::string(f.script_name).substr(std::string_view("ICPUSB_").size());
+    for (const char* infix : {"ReadChannel", "ReadCh"})
+        if (const auto at = n.find(infix); at != std::string::npos) n.replace(at, std::strlen(infix), "Read");
+    return n;
+}
+
 // The matrix means something only if the right-kind arguments it starts
 // from take every function past its checks: each call reaches the SDK
 // (beyond the calls made before the arguments are looked at), except the
-// few functions that never call it.
+// few functions that never call it; a USB function reaches its own call.
 TEST(Reliability, RightKindArgumentsReachTheSdk) {
     const std::vector<std::string> sdk_free = {"plugin_icp_loaded", "icpusb_last_error", "icpcom_rec_cmd_start",
                                                "icpcom_rec_cmd_stop"};
@@ -143,10 +150,60 @@ TEST(Reliability, RightKindArgumentsReachTheSdk) {
         const Signature s = signature(*f);
         Bench b = set_up(s);
         const nvValue result = f->invoke(valid_args(*f, s, b));
-        bool reached = false;
-        for (const auto& line : sdk_calls()) reached = reached || !before_arguments(line, s);
+        bool reached = false, own = false;
+        for (const auto& line : sdk_calls()) {
+            reached = reached || !before_arguments(line, s);
+            own = own || call_name(line) == own_call(*f);
+        }
         const bool free = std::find(sdk_free.begin(), sdk_free.end(), f->export_name) != sdk_free.end();
         EXPECT_EQ(reached, !free) << f->script_name << " gave " << describe(result);
+        if (s.usb && !free) {
+            EXPECT_TRUE(own) << f->script_name << " never called " << own_call(*f);
+        }
+    }
+}
+
+// The checks a call of a group function goes through after the gate: what it
+// leaves when stopped there.
+void expect_stopped(const icp::Function& f, const Signature& s, const std::vector<nvValue>& args,
+                    const std::string& where) {
+    icp::usb_last_error = before;
+    clear_calls();
+    EXPECT_TRUE(f.invoke(args).isNull()) << f.script_name << ", " << where;
+    EXPECT_EQ(icp::usb_last_error, 0) << f.script_name << ", " << where;
+    for (const auto& line : sdk_calls())
+        EXPECT_TRUE(before_arguments(line, s)) << f.script_name << ", " << where << ": reached the SDK: " << line;
+}
+
+// A group function on a module without the group stops at the total. A
+// per-channel reader (its channel described as a "channel number") takes
+// 0 <= channel < total and stops there for any other channel: 256 is no
+// channel 0, whatever width the SDK takes.
+TEST(Reliability, GroupGateAndReaderChannels) {
+    for (const icp::Function* f : icp::catalogue()) {
+        const Signature s = signature(*f);
+        if (s.group == Group::None) continue;
+        Bench b = set_up(s);
+        std::vector<nvValue> args = valid_args(*f, s, b);
+        args[0] = b.usb_without;
+        expect_stopped(*f, s, args, "module without the group");
+
+        std::string d = f->arity() == 2 ? f->help[3] : "";
+        for (char& c : d) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        if (!d.ends_with("channel number")) continue;
+        const long long total = b.total;
+        for (long long ch : {0LL, total - 1, -1LL, total, 256LL, 256LL + total - 1}) {
+            b = set_up(s);
+            args = valid_args(*f, s, b);
+            args[1] = wide(ch);
+            const std::string where = "channel " + std::to_string(ch);
+            if (ch >= total || ch < 0) {
+                expect_stopped(*f, s, args, where);
+                continue;
+            }
+            const nvValue result = f->invoke(args);
+            EXPECT_TRUE(is(s.result, result)) << f->script_name << ", " << where << ": " << describe(result);
+        }
     }
 }
 

@@ -5,25 +5,6 @@ namespace {
 
 using usbioRig = UsbioTest;
 
-TEST_F(usbioRig, DefaultRigHasEveryGroup) {
-    usbsim::use_default_rig();
-    std::uint16_t codes[128];
-    std::uint8_t boards[128];
-    int n = ListDevice(codes, boards);
-    std::uint8_t groups = 0;
-    bool has_2019 = false, has_2045_32 = false;
-    for (int i = 0; i < n; ++i) {
-        const usbsim::Model* m = usbsim::find_model_by_code(codes[i]);
-        ASSERT_NE(m, nullptr);
-        groups |= m->support_mask;
-        has_2019 |= std::string(m->id) == "USB2019" && boards[i] == 1;
-        has_2045_32 |= std::string(m->id) == "USB2045_32" && boards[i] == 1;
-    }
-    EXPECT_EQ(groups & 0x1F, 0x1F);
-    EXPECT_TRUE(has_2019);
-    EXPECT_TRUE(has_2045_32);
-}
-
 TEST_F(usbioRig, LoadsModulesWithTheirOptions) {
     const char* rig = R"({
   "usb": [

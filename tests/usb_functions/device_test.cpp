@@ -1,0 +1,194 @@
+// The device functions: listing, opening and closing, the error texts, the
+// module information and settings, and the model table against the
+// simulator's.
+#include "tests/usb_functions/fixture.h"
+#include "usb/info.h"
+#include "usb/models.h"
+
+namespace usbtest {
+namespace {
+
+using icp::usb::device_id_from_type_code;
+using icp::usb::device_type_code_from_id;
+
+Strings cells(const nvValue& table) {
+    Strings out;
+    for (unsigned i = 0; i < table.size(); ++i) out.push_back(table.value(i).repr());
+    return out;
+}
+
+TEST(UsbDevice, ListDeviceShowsModulesInListOrder) {
+    usbsim::reset();
+    usbsim::add_module("USB2019", 1);
+    usbsim::add_module("USB2084", 200);   // a byte above 127 stays positive
+    usbsim::add_module("USB2045_32", 0);  // user-defined board ID 16
+    icp::usb_last_error = 7;
+    const nvValue table = icpusb_listdevice();
+    EXPECT_EQ(icp::usb_last_error, 0);
+    ASSERT_EQ(table.columns(), 2u);
+    EXPECT_EQ(cells(table), (Strings{"\"USB2019\"", "1", "\"USB2084\"", "200", "\"USB2045_32\"", "16"}));
+    EXPECT_EQ(cells(icp::make::vector(2, [&](unsigned i) { return table.columnNames()[i]; })),
+              (Strings{"\"Device ID\"", "\"Board ID\""}));
+    EXPECT_EQ(usbsim::calls(), (Strings{"ScanDevice() -> 3", "ListDevice() -> 3"}));
+}
+
+// The scan's result is ignored, the list's count is read as a byte and
+// usb_last_error stays 0 in every case. Injected counts fill nothing, so
+// the rows show the cleared arrays: type code 0 is "Unknown device".
+TEST(UsbDevice, ListDeviceCountIsAByte) {
+    const struct {
+        const char* function;
+        std::int32_t code;
+        unsigned rows;
+    } cases[] = {
+        {"ScanDevice", 0x10003, 1}, {"ListDevice", 0, 0}, {"ListDevice", 0x100, 0}, {"ListDevice", 0x10002, 2},
+        {"ListDevice", -1, 128},  // 255 listed: no more than the arrays hold
+    };
+    for (const auto& c : cases) {
+        fresh("USB2019");
+        usbsim::fail_next(c.function, c.code);
+        const nvValue table = icpusb_listdevice();
+        const std::string what = std::string(c.function) + ' ' + std::to_string(c.code);
+        EXPECT_EQ(icp::usb_last_error, 0) << what;
+        EXPECT_EQ(table.isNull(), c.rows == 0) << what;
+        EXPECT_EQ(table.rows(), c.rows) << what;
+        if (c.function == std::string("ListDevice") && c.rows > 0) {
+            EXPECT_EQ(cells(table).at(0) + cells(table).at(1), "\"Unknown device\"0") << what;
+        }
+    }
+}
+
+TEST(UsbDevice, OpenDeviceTurnsTheIdIntoATypeCode) {
+    const struct {
+        nvValue id, board;
+        const char* open_line;
+    } cases[] = {
+        {text("USB2019"), integer(1), "OpenDevice(#1, 1043, 1) -> 0"},
+        {text("usb2045_32"), integer(2), "OpenDevice(#1, 1126, 2) -> 0"},
+        {integer(1043), integer(1), "OpenDevice(#1, 1043, 1) -> 0"},
+        {integer(0x10413), integer(1), "OpenDevice(#1, 1043, 1) -> 0"},
+        {text("USB2019"), integer(257), "OpenDevice(#1, 1043, 1) -> 0"},
+        {text("USB2019"), integer(300), "OpenDevice(#1, 1043, 44) -> 65538"},
+        {text("USB2099"), integer(1), "OpenDevice(#1, 0, 1) -> 65538"},
+        {text(" USB2019"), integer(1), "OpenDevice(#1, 0, 1) -> 65538"},
+    };
+    for (const auto& c : cases) {
+        usbsim::reset();
+        usbsim::add_module("USB2019", 1);
+        usbsim::add_module("USB2045_32", 2);
+        const nvValue handle = icpusb_opendevice(c.id, c.board);
+        const bool opened = std::string(c.open_line).ends_with("-> 0");
+        Strings expected{"CreateInstance() -> #1", c.open_line};
+        if (!opened) expected.push_back("DisposeInstance(#1)");
+        EXPECT_EQ(usbsim::calls(), expected);
+        EXPECT_EQ(handle.pointer() != nullptr, opened) << c.open_line;
+        EXPECT_EQ(icp::usb_last_error, opened ? 0 : 0x10002) << c.open_line;
+    }
+}
+
+// Closing keeps the instance: a second close reaches the SDK with it.
+TEST(UsbDevice, CloseDeviceNeverDisposes) {
+    const nvValue handle = fresh("USB2019");
+    EXPECT_TRUE(icpusb_closedevice(handle).toBool());
+    EXPECT_TRUE(icpusb_closedevice(handle).isNull());
+    EXPECT_EQ(icp::usb_last_error, 0x10102);
+    EXPECT_EQ(usbsim::calls(), (Strings{"CloseDevice(#1) -> 0", "CloseDevice(#1) -> 65794"}));
+}
+
+// "i" and "s" exactly; the code is read, never changed, so asking twice
+// gives the same answer.
+TEST(UsbDevice, LastErrorForms) {
+    const struct {
+        std::int32_t code;
+        const char* form;
+        const char* printed;
+    } cases[] = {
+        {-1, "s", "\"Invalid device handle\""},
+        {-1, "i", "-1"},
+        {0x10100, "s", "\"The communication between computer and device has been timeout\""},
+        {0x10100, "i", "65792"},
+        {0x10107, "s", "\"An error occurs while getting device information while device opening procedure\""},
+        {0x10006, "s", "\"Unknown error\""}, {-2, "s", "\"Unknown error\""},
+        {-1, "I", "null"}, {-1, "S", "null"}, {-1, "int", "null"}, {-1, "", "null"}, {-1, "s ", "null"},
+    };
+    for (const auto& c : cases) {
+        icp::usb_last_error = c.code;
+        for (int twice = 0; twice < 2; ++twice) {
+            const nvValue r = icpusb_last_error(text(c.form));
+            EXPECT_EQ(r.isNull() ? "null" : r.repr(), c.printed) << c.form;
+            EXPECT_EQ(icp::usb_last_error, c.code);
+        }
+    }
+}
+
+// The plug-in's model table and the simulator's are kept apart; each must
+// name the fifteen models with the same type codes. IDs are folded to upper
+// case but not trimmed; codes are compared whole.
+TEST(UsbDevice, ModelTableAgreesWithTheSimulator) {
+    ASSERT_EQ(usbsim::models().size(), 15u);
+    for (const usbsim::Model& m : usbsim::models()) {
+        EXPECT_EQ(device_type_code_from_id(m.id), m.type_code) << m.id;
+        EXPECT_EQ(std::string(device_id_from_type_code(m.type_code)), m.id) << m.type_code;
+    }
+    for (const char* id : {" USB2019", "USB2019 ", "USB2099", "USB20", "", "USB2019_32"})
+        EXPECT_EQ(device_type_code_from_id(id), 0) << '"' << id << '"';
+    EXPECT_EQ(device_type_code_from_id("uSb2019"), 1043);
+    for (std::int32_t code : {0, 1044, 1131, -1, 0x10413})
+        EXPECT_STREQ(device_id_from_type_code(code), "Unknown device") << code;
+}
+
+// Each information function on a USB2026 (no PI, no PO: their totals are
+// the Integer 0, not null), its result as printed.
+TEST(UsbDevice, InformationReadsTheModule) {
+    const nvValue h = fresh("USB2026");
+    const usbsim::ModuleState m = *usbsim::module_state(0x41A, 1);
+    const struct {
+        nvValue result;
+        std::string printed;
+    } cases[] = {
+        {icpusb_getcommtimeout(h), std::to_string(m.comm_timeout_ms)},
+        {icpusb_getsoftwdttimeout(h), std::to_string(m.soft_wdt_timeout_ms)},
+        {icpusb_getdeviceid(h), std::to_string(0x41A | 1 << 16)},
+        {icpusb_getfwver(h), std::to_string(m.firmware)},
+        {icpusb_getdevicenickname(h), '"' + m.nickname + '"'},
+        {icpusb_getdevicesn(h), '"' + m.serial + '"'},
+        {icpusb_getsupportiomask(h), std::to_string(m.model->support_mask)},
+        {icpusb_getditotal(h), "2"}, {icpusb_getdototal(h), "3"}, {icpusb_getaitotal(h), "5"},
+        {icpusb_getaototal(h), "2"}, {icpusb_getpitotal(h), "0"}, {icpusb_getpototal(h), "0"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.result.repr(), c.printed);
+    EXPECT_EQ(icp::usb_last_error, 0);
+    // A 16-bit version with its top bit set stays positive.
+    usbsim::reset();
+    ASSERT_TRUE(usbsim::load_rig(R"({"usb": [{"model": "USB2019", "board": 2, "firmware": 32769}]})", nullptr));
+    EXPECT_EQ(icpusb_getfwver(icpusb_opendevice(text("USB2019"), integer(2))).repr(), "32769");
+}
+
+// 32-bit integers unchanged, board IDs as a byte, a Boolean as an integer;
+// the SDK's limits are its own. A nickname of 31 bytes round-trips, one of
+// 32 has no room for its zero byte and never reaches the SDK.
+TEST(UsbDevice, SettingsAsTheSdkReceivesThem) {
+    const std::string longest(31, 'n');
+    const std::string nickname_line = "SetDeviceNickName(#1, \"" + longest + "\") -> 0";
+    expect_sent("USB2026", {
+        {body(icpusb_setcommtimeout), {integer(-1)}, "SetCommTimeout(#1, 4294967295) -> 0"},
+        {body(icpusb_setautoresetwdt), {boolean(true)}, "SetAutoResetWDT(#1, 1) -> 0"},
+        {body(icpusb_setsoftwdttimeout), {integer(50)}, "SetSoftWDTTimeout(#1, 50) -> 65797"},
+        {body(icpusb_setuserdefinedboardid), {integer(272)}, "SetUserDefinedBoardID(#1, 16) -> 0"},
+        {body(icpusb_setuserdefinedboardid), {integer(5)}, "SetUserDefinedBoardID(#1, 5) -> 65797"},
+        {body(icpusb_setdevicenickname), {text(longest)}, nickname_line.c_str()},
+    });
+    const nvValue h = fresh("USB2026");
+    EXPECT_TRUE(icpusb_setdevicenickname(h, text(std::string(32, 'n'))).isNull());
+    EXPECT_EQ(icp::usb_last_error, 0);
+    EXPECT_TRUE(usbsim::calls().empty());
+    expect_read_back("USB2026", {
+        {body(icpusb_setdevicenickname), text(longest), body(icpusb_getdevicenickname), text(longest)},
+        {body(icpusb_setdevicenickname), text(""), body(icpusb_getdevicenickname), text("")},
+        {body(icpusb_setcommtimeout), integer(250), body(icpusb_getcommtimeout), integer(250)},
+        {body(icpusb_setsoftwdttimeout), integer(5000), body(icpusb_getsoftwdttimeout), integer(5000)},
+    });
+}
+
+}  // namespace
+}  // namespace usbtest
