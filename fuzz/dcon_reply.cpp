@@ -5,7 +5,7 @@
 // Layout: byte 0 holds the checksum mode (bit 7) and the number of calls
 // (low bits); then one byte per call: the SDK function (low 6 bits) and a
 // channel and total choice (high 2 bits); the rest of the input is the line,
-// one reply per CR. A reply without its CR never arrives (a timeout).
+// one reply per CR. A last reply without its CR arrives cut, then nothing.
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -21,20 +21,22 @@
 
 namespace {
 
+// Each read hands over the next reply with its CR; a rest without a CR
+// arrives once, and after it the line stays silent (a timeout).
 class ScriptedPort final : public pacsdk::Port {
 public:
     explicit ScriptedPort(std::string_view line) : line_(line) {}
-    std::optional<std::string> transact(std::string_view, const pacsdk::Timeouts&) override {
+    bool simulated() const override { return true; }
+    void discard_input() override {}
+    pacsdk::Io write(std::string_view, std::uint32_t) override { return pacsdk::Io::done; }
+    pacsdk::Io read(std::string* out, std::uint32_t) override {
+        if (line_.empty()) return pacsdk::Io::timeout;
         const std::size_t cr = line_.find('\r');
-        if (cr == std::string_view::npos) {
-            line_ = {};
-            return std::nullopt;
-        }
-        std::string reply(line_.substr(0, cr));
-        line_.remove_prefix(cr + 1);
-        return reply;
+        const std::size_t n = cr == std::string_view::npos ? line_.size() : cr + 1;
+        out->append(line_.substr(0, n));
+        line_.remove_prefix(n);
+        return pacsdk::Io::done;
     }
-    void send(std::string_view, const pacsdk::Timeouts&) override {}
 
 private:
     std::string_view line_;
@@ -112,7 +114,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         auto& library = pacsdk::library();
         std::lock_guard lock(library.mutex);
-        port = library.add_session("COM1", std::make_unique<ScriptedPort>(line));
+        pacsdk::LineSettings settings;
+        settings.name = "COM1";
+        port = library.add_session(settings, std::make_unique<ScriptedPort>(line));
     }
     uart_EnableCheckSum(port, (head & 0x80) != 0);
     for (std::size_t i = 0; i < n; ++i) {
