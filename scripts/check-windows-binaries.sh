@@ -30,14 +30,16 @@ binaries=("$bin"/*.dll "$bin"/*.exe)
 shopt -u nocaseglob
 [[ ${#binaries[@]} -gt 0 ]] || { echo "FAIL: no DLL or EXE in $bin" >&2; exit 1; }
 
-own=()
-for f in "${binaries[@]}"; do own+=("$(basename "$f" | tr '[:upper:]' '[:lower:]')"); done
+# (A table, not a pipe into grep -q: with pipefail, grep leaving early
+# would fail the pipe whenever printf had not finished writing.)
+declare -A own=()
+for f in "${binaries[@]}"; do own[$(basename "$f" | tr '[:upper:]' '[:lower:]')]=1; done
 
 for f in "${binaries[@]}"; do
   while read -r dll; do
     lower=$(tr '[:upper:]' '[:lower:]' <<<"$dll")
     if [[ "$lower" =~ $system_dlls ]]; then continue; fi
-    if printf '%s\n' "${own[@]}" | grep -qxF "$lower"; then continue; fi
+    if [[ -n "${own[$lower]:-}" ]]; then continue; fi
     fail "$(basename "$f") imports $dll"
   done < <("$objdump" -p "$f" | awk '/DLL Name:/ {print $3}')
 done
