@@ -86,6 +86,7 @@ TEST_F(Serial, UnrefreshedWatchdogDrivesTheSafeValuesUntilReset) {
     // Outputs take no commands until the status is reset.
     EXPECT_TRUE(icpcom_do_write(port, dio, integer(7), integer(1)).isNull());
     EXPECT_EQ(pac_GetLastError(), PAC_ERR_UART_RESPONSE);
+    EXPECT_TRUE(icpcom_ao_write(port, ao, integer(0), integer(4), real(2)).isNull());
 
     expect_same(icpcom_resetwdt(port, dio), boolean(true));
     expect_same(icpcom_getwdtstatus(port, dio), boolean(false));
