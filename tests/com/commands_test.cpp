@@ -20,6 +20,7 @@ TEST_F(Serial, SendCmdTakesOneToNineteenCharacters) {
         {nineteen, {nineteen}, nvValue(), PAC_ERR_UART_READ_TIMEOUT},
         {std::string("$01M\0$02M", 9), {"$01M"}, str("!017017"), 0},
         {"#01", {"#01"}, str(">+00.500+01.000+01."), 0},
+        {"#019", {"#019"}, str("?01"), 0},  // a refusal is still a reply
         {"", {}, nvValue(), 0},
         {nineteen + "0", {}, nvValue(), 0},
     };

@@ -1,5 +1,6 @@
-// The scalar conversions and the kind tests of the host's value library, for
-// every kind of value a script can hand over.
+// The scalar conversions and the kind tests of the host's value library that
+// the plug-in's argument checks are built on (the converting constructors
+// the bodies use are seen through them), and handles.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -54,10 +55,7 @@ TEST(NvValueConversions, ToIntToUnsignedToDoubleToBool) {
          std::numeric_limits<double>::max(), true},
         {"NaN is non-zero", real(nan_), 0, 0, nan_, true},
         {"infinity", real(inf_), 0, 0, inf_, true},
-        {"string \"12\" is not parsed", text("12"), 0, 0, 0.0, false},
         {"vector [0, 5]: only the first element counts", vector({integer(0), integer(5)}), 0, 0, 0.0, false},
-        {"vector of unset elements", vt::nvVector(2, false, true, false), 0, 0, 0.0, false},
-        {"table: cells, not column names", table({"A", "B"}, 1, {boolean(true), integer(0)}), 1, 1, 1.0, true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -106,36 +104,6 @@ TEST(NvValueKinds, EachTestHoldsOnlyForItsKindWithTheUnsignedWidening) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         EXPECT_EQ(kinds(c.v), c.kinds);
-    }
-}
-
-// nvBoolean, nvInteger and nvDouble made from a host value. The printed
-// form shows the kind as well as the value (true, 3, 3.0, null).
-TEST(NvValueConversions, ConvertingConstructors) {
-    struct Case {
-        const char* what;
-        nvValue v;
-        const char* as_boolean;
-        const char* as_integer;
-        const char* as_double;
-    };
-    const Case cases[] = {
-        {"null stays null", null(), "null", "null", "null"},
-        {"true", boolean(true), "true", "1", "1.0"},
-        {"integer 0", integer(0), "false", "0", "0.0"},
-        {"double 3.9", real(3.9), "true", "3", "3.9"},
-        {"NaN", real(nan_), "true", "0", "nan"},
-        {"string \"5\"", text("5"), "false", "0", "0.0"},
-        {"vector [2.7, 0]: first element", vector({real(2.7), integer(0)}), "true", "2", "2.7"},
-        {"vector [null, 1]: a null first element stays null", vector({null(), integer(1)}), "null", "null",
-         "null"},
-        {"matrix [[-1.5, 1]]", matrix(1, 2, {real(-1.5), integer(1)}), "true", "-1", "-1.5"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(vt::nvBoolean(c.v).repr(), c.as_boolean);
-        EXPECT_EQ(vt::nvInteger(c.v).repr(), c.as_integer);
-        EXPECT_EQ(vt::nvDouble(c.v).repr(), c.as_double);
     }
 }
 

@@ -108,20 +108,6 @@ TEST(pacsdkErrorMessage, TextsFitTheBufferAndUnknownCodesHaveOne) {
 #undef PACSDK_TEXT_FITS
 }
 
-// The reply without its terminator, cut to 19 characters and a zero; a
-// refusal ("?01") is still a reply.
-TEST_F(pacsdkUart, SendCmdRepliesIntoTwentyBytes) {
-    PAC_HANDLE h = open();
-    char result[40];
-    for (const auto& [command, reply] : {std::pair{"$01M", "!017017"}, std::pair{"#01", ">+00.500+01.000+01."},
-                                         std::pair{"#019", "?01"}}) {
-        std::memset(result, 0x7E, sizeof result);
-        ASSERT_EQ(uart_SendCmd(h, command, result), 1);
-        EXPECT_STREQ(result, reply);
-        for (std::size_t i = 20; i < sizeof result; ++i) ASSERT_EQ(result[i], 0x7E);
-    }
-}
-
 // A trace line stays one line whatever the command or reply holds.
 TEST_F(pacsdkUart, ControlCharactersAreEscapedInTheLog) {
     PAC_HANDLE h = open();
