@@ -11,44 +11,37 @@ using pacsdkRig = SimTest;
 // parser alone would abort on, stop early at, or spend memory and stack on
 // level by level is refused the same way.
 TEST_F(pacsdkRig, FaultsAreToldByLineAndChangeNothing) {
+    // JSON written with ' for ", and a list of modules on COM1.
+    const auto json = [](std::string text) {
+        for (char& c : text) c = c == '\'' ? '"' : c;
+        return text;
+    };
+    const auto modules = [&](const std::string& list) {
+        return json("{'serial': [{'port': 'COM1', 'modules': [\n" + list + "]}]}");
+    };
     const std::string deep = std::string(100000, '{') + std::string(100000, '}');
     struct {
         std::string text;
         std::string error;
     } const cases[] = {
-        {"{\n  \"serial\": [\n    {\"port\": \"COM1\",}\n  ]\n}",
+        {json("{\n  'serial': [\n    {'port': 'COM1',}\n  ]\n}"),
          "line 3: syntax error while parsing object key - unexpected '}'; expected string literal"},
         {"[]", "line 1: a rig is a JSON object"},
-        {"{\"usb\": [],\n \"serial\": {}}", "line 2: \"serial\" must be a list of ports"},
-        {"{\"serial\": [\n  {\"modules\": []}]}", "line 2: a serial port entry needs \"port\""},
-        {"{\"serial\": [\n  {\"port\":\n     \"COM0\"}]}", "line 3: \"port\" must be a name COM1 to COM255"},
-        {"{\"serial\": [{\"port\": \"COM1\"},\n  {\"port\": \"COM1\"}]}", "line 2: port COM1 is listed twice"},
-        {"{\"serial\": [{\"port\": \"COM1\",\n  \"modules\": 4}]}", "line 2: \"modules\" must be a list"},
-        {R"({"serial": [{"port": "COM1", "modules": [
-              {"address": 1, "kind": "ai"},
-              {"address": 256,
-               "kind": "ai"}]}]})",
+        {json("{'usb': [],\n 'serial': {}}"), "line 2: \"serial\" must be a list of ports"},
+        {json("{'serial': [\n  {'modules': []}]}"), "line 2: a serial port entry needs \"port\""},
+        {json("{'serial': [\n  {'port':\n     'COM0'}]}"), "line 3: \"port\" must be a name COM1 to COM255"},
+        {json("{'serial': [{'port': 'COM1'},\n  {'port': 'COM1'}]}"), "line 2: port COM1 is listed twice"},
+        {json("{'serial': [{'port': 'COM1',\n  'modules': 4}]}"), "line 2: \"modules\" must be a list"},
+        {modules("{'address': 1, 'kind': 'ai'},\n{'address': 256,\n'kind': 'ai'}"),
          "line 3: \"address\" must be an integer 0 to 255"},
-        {R"({"serial": [{"port": "COM1", "modules": [
-              {"address": 1,
-
-               "kind": "thermo"}]}]})",
-         "line 4: \"kind\" must be one of ai, ao, dio, pwm"},
-        {R"({"serial": [{"port": "COM1", "modules": [
-              {"address": 7, "kind": "ai"},
-              {"address": 7, "kind": "dio"}]}]})",
-         "line 3: address 7 is taken on COM1"},
-        {R"({"serial": [{"port": "COM1", "modules": [
-              {"address": 7, "kind": "ao", "inputs": 3}]}]})",
-         "line 2: an ao module has no inputs"},
-        {R"({"serial": [{"port": "COM1", "modules": [
-              {"address": 7, "kind": "dio",
-               "checksum": "yes"}]}]})",
-         "line 3: \"checksum\" must be true or false"},
-        {"{\"usb\": [], \"x\": 1e400}", "line 1: number out of range: 1e400"},
-        {"{\"serial\": [],\n \"x\": " + deep + "}", "line 2: arrays and objects nested deeper than 256"},
-        {"{\"serial\": [{\"port\":\n \"COM1" + std::string(1, '\0') + "\"}]}", "line 2: a NUL byte in the text"},
-        {"{\"serial\": [{\"port\": \"" + std::string(100000, 'C') + "\x01\"}]}",
+        {modules("{'address': 1,\n\n'kind': 'thermo'}"), "line 4: \"kind\" must be one of ai, ao, dio, pwm"},
+        {modules("{'address': 7, 'kind': 'ai'},\n{'address': 7, 'kind': 'dio'}"), "line 3: address 7 is taken on COM1"},
+        {modules("{'address': 7, 'kind': 'ao', 'inputs': 3}"), "line 2: an ao module has no inputs"},
+        {modules("{'address': 7, 'kind': 'dio',\n'checksum': 'yes'}"), "line 3: \"checksum\" must be true or false"},
+        {json("{'usb': [], 'x': 1e400}"), "line 1: number out of range: 1e400"},
+        {json("{'serial': [],\n 'x': ") + deep + "}", "line 2: arrays and objects nested deeper than 256"},
+        {json("{'serial': [{'port':\n 'COM1") + std::string(1, '\0') + json("'}]}"), "line 2: a NUL byte in the text"},
+        {json("{'serial': [{'port': '" + std::string(100000, 'C') + "\x01'}]}"),
          "line 1: syntax error while parsing value - invalid string: control character U+0001 (SOH) must be "
          "escaped to \\u0001; last read: '\"" + std::string(63, 'C') + "...'"},
     };
