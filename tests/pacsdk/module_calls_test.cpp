@@ -62,9 +62,8 @@ TEST_F(pacsdkModuleCalls, DigitalWordsAtTheirTotals) {
 TEST_F(pacsdkModuleCalls, DigitalPowerOnAndSafeValuesLeaveTheOutputsAlone) {
     for (bool combined : {true, false}) {
         SCOPED_TRACE(combined);
-        std::string rig = R"({"serial": [{"port": "COM1", "modules": [{"address": 3, "kind": "dio",
-                              "combined_values": )" +
-                          std::string(combined ? "true" : "false") + "}]}]}";
+        const std::string rig = R"({"serial": [{"port": "COM1", "modules": [{"address": 3, "kind": "dio", )"
+                                R"("combined_values": )" + std::string(combined ? "true}]}]}" : "false}]}]}");
         std::string error;
         ASSERT_TRUE(pacsim::load_rig(rig, &error)) << error;
         PAC_HANDLE h = open();
