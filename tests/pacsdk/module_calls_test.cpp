@@ -12,16 +12,19 @@ using pacsdkModuleCalls = SimTest;
 TEST_F(pacsdkModuleCalls, RefusedBeforeSending) {
     PAC_HANDLE h = open();
     float v;
+    uint32_t word;
     struct Case {
         const char* what;
         std::function<PAC_BOOL()> call;
         uint32_t code;
     };
     const Case cases[] = {
+        {"channel -1", [&] { return pac_ReadAI(h, ai_slot, -1, 8, &v); }, PAC_ERR_IO_CHANNEL_OUT_OF_RANGE},
         {"channel 0 of 0", [&] { return pac_ReadAI(h, ai_slot, 0, 0, &v); }, PAC_ERR_IO_CHANNEL_OUT_OF_RANGE},
+        {"channel 16 of 20", [&] { return pac_WriteAO(h, ao_slot, 16, 20, 1.0f); }, PAC_ERR_IO_CHANNEL_OUT_OF_RANGE},
+        {"DI total 0", [&] { return pac_ReadDI_MF(h, dio_slot, 0, &word); }, PAC_ERR_IO_CHANNEL_OUT_OF_RANGE},
         {"slot without the remote bit", [&] { return pac_ReadAI(h, 1, 0, 8, &v); }, PAC_ERR_INVALID_SLOT_NUMBER},
         {"address 0x101", [&] { return pac_RefreshModuleWDT(h, 0x1101); }, PAC_ERR_INVALID_SLOT_NUMBER},
-        {"slot 0x11001", [&] { return pac_SetPWMDuty(h, 0x11001, 0, 50.0f); }, PAC_ERR_INVALID_SLOT_NUMBER},
         {"slot -1", [&] { return pac_GetModuleWDTStatus(h, -1); }, PAC_ERR_INVALID_SLOT_NUMBER},
         {"watchdog timeout 0", [&] { return pac_SetModuleWDTConfig(h, dio_slot, 1, 0, 0); },
          PAC_ERR_IO_VALUE_OUT_OF_RANGE},
