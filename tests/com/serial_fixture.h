@@ -1,15 +1,20 @@
 // Shared by the serial tests: the default rig (COM1, modules ai, ao, dio and
-// pwm at addresses 1 to 4), value makers and call-log queries.
+// pwm at addresses 1 to 4) with COM1 open, value makers and call-log queries.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <initializer_list>
 #include <string>
 #include <vector>
 
 #include "PACSDK.h"
+#include "com/commands.h"
+#include "com/io.h"
 #include "com/port.h"
+#include "com/pwm.h"
+#include "com/watchdog.h"
 #include "pacsdk_sim.h"
 #include "plugin/state.h"
 #include "plugin/values/values.h"
@@ -17,9 +22,14 @@
 namespace com_test {
 
 using icp::nvValue;
+using Lines = std::vector<std::string>;
+using Call = std::function<nvValue(const nvValue& port)>;
+using P = const nvValue&;
 
 inline nvValue str(const std::string& s) { return icp::make::text(s); }
 inline nvValue integer(int i) { return icp::make::integer(i); }
+inline nvValue real(double x) { return icp::make::real(x); }
+inline nvValue boolean(bool b) { return icp::make::boolean(b); }
 inline nvValue vec(std::initializer_list<nvValue> items) {
     std::vector<nvValue> v(items);
     return icp::make::vector(static_cast<unsigned>(v.size()), [&](unsigned i) { return v[i]; });
@@ -33,11 +43,18 @@ inline int logged(const std::string& prefix) {
 }
 
 // The DCON lines that went out on the wire.
-inline std::vector<std::string> sent() {
-    std::vector<std::string> out;
+inline Lines sent() {
+    Lines out;
     for (const auto& line : pacsim::calls())
         if (line.rfind("dcon> ", 0) == 0) out.push_back(line.substr(6));
     return out;
+}
+
+// The SDK call's log line, or "" when none was made.
+inline std::string sdk_line(const std::string& name) {
+    for (const auto& line : pacsim::calls())
+        if (line.rfind(name + "(", 0) == 0) return line;
+    return "";
 }
 
 // Same kind and same printed form.
@@ -48,18 +65,16 @@ inline void expect_same(const nvValue& actual, const nvValue& expected) {
 
 class Serial : public ::testing::Test {
 protected:
+    // A fresh default rig, COM1 opened, the call log cleared.
     void SetUp() override {
         pacsim::use_default_rig();
         icp::recording_enabled = false;
         icp::recorded_commands.clear();
-    }
-    // COM1 opened, the call log cleared.
-    nvValue open_com1() {
-        nvValue port = icpcom_opendevice(str("COM1,115200,N,8,1"));
-        EXPECT_NE(port.pointer(), nullptr);
+        port = icpcom_opendevice(str("COM1,115200,N,8,1"));
+        ASSERT_NE(port.pointer(), nullptr);
         pacsim::clear_calls();
-        return port;
     }
+    nvValue port;
 };
 
 }  // namespace com_test

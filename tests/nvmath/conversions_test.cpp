@@ -1,5 +1,6 @@
-// The scalar conversions and the kind tests of the host's value library, for
-// every kind of value a script can hand over.
+// The scalar conversions and the kind tests of the host's value library that
+// the plug-in's argument checks are built on (the converting constructors
+// the bodies use are seen through them), and handles.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -31,10 +32,8 @@ TEST(NvValueConversions, ToIntToUnsignedToDoubleToBool) {
     };
     const Case cases[] = {
         {"null", null(), 0, 0, 0.0, false},
-        {"false", boolean(false), 0, 0, 0.0, false},
         {"true", boolean(true), 1, 1, 1.0, true},
         {"integer 0", integer(0), 0, 0, 0.0, false},
-        {"integer 42", integer(42), 42, 42, 42.0, true},
         {"integer -7", integer(-7), -7, 4294967289u, -7.0, true},
         {"integer 2^31", integer(2147483648LL), int_min, 2147483648u, 2147483648.0, true},
         {"integer 2^32: low bits zero, value not", integer(4294967296LL), 0, 0, 4294967296.0, true},
@@ -42,41 +41,20 @@ TEST(NvValueConversions, ToIntToUnsignedToDoubleToBool) {
         {"integer -2^63", integer(std::numeric_limits<long long>::min()), 0, 0, -9223372036854775808.0, true},
         {"double 3.9", real(3.9), 3, 3, 3.9, true},
         {"double -3.9 truncates toward zero", real(-3.9), -3, 4294967293u, -3.9, true},
-        {"double -1", real(-1.0), -1, 4294967295u, -1.0, true},
         {"double 0.5: toInt 0 but non-zero", real(0.5), 0, 0, 0.5, true},
         {"double -0.0", real(-0.0), 0, 0, 0.0, false},
         {"double 4294967295", real(4294967295.0), -1, 4294967295u, 4294967295.0, true},
-        {"double 2^32", real(4294967296.0), 0, 0, 4294967296.0, true},
         {"double -2^31", real(-2147483648.0), int_min, 2147483648u, -2147483648.0, true},
         {"double -2^31 - 1", real(-2147483649.0), int_max, 2147483647u, -2147483649.0, true},
         {"double -2^32 - 1", real(-4294967297.0), -1, 4294967295u, -4294967297.0, true},
         {"double 2^53 + 2", real(9007199254740994.0), 2, 2, 9007199254740994.0, true},
-        {"double -(2^53 + 2)", real(-9007199254740994.0), -2, 4294967294u, -9007199254740994.0, true},
         {"double 2^63", real(9223372036854775808.0), 0, 0, 9223372036854775808.0, true},
-        {"double -2^63", real(-9223372036854775808.0), 0, 0, -9223372036854775808.0, true},
         {"double 1e300", real(1e300), 0, 0, 1e300, true},
-        {"double -1e300", real(-1e300), 0, 0, -1e300, true},
         {"largest double", real(std::numeric_limits<double>::max()), 0, 0,
          std::numeric_limits<double>::max(), true},
-        {"smallest denormal", real(std::numeric_limits<double>::denorm_min()), 0, 0,
-         std::numeric_limits<double>::denorm_min(), true},
         {"NaN is non-zero", real(nan_), 0, 0, nan_, true},
         {"infinity", real(inf_), 0, 0, inf_, true},
-        {"minus infinity", real(-inf_), 0, 0, -inf_, true},
-        {"string \"12\" is not parsed", text("12"), 0, 0, 0.0, false},
-        {"string \"true\" is not parsed", text("true"), 0, 0, 0.0, false},
-        {"handle", handle(&anything), 0, 0, 0.0, false},
-        {"vector [7.9, 1]: its first element", vector({real(7.9), integer(1)}), 7, 7, 7.9, true},
         {"vector [0, 5]: only the first element counts", vector({integer(0), integer(5)}), 0, 0, 0.0, false},
-        {"vector [-2.5]", vector({real(-2.5)}), -2, 4294967294u, -2.5, true},
-        {"vector [\"9\"]", vector({text("9")}), 0, 0, 0.0, false},
-        {"vector [[3]]", vector({vector({integer(3)})}), 3, 3, 3.0, true},
-        {"vector of unset elements", vt::nvVector(2, false, true, false), 0, 0, 0.0, false},
-        {"empty vector", vector({}), 0, 0, 0.0, false},
-        {"matrix [[-2, 9], [4, 5]]", matrix(2, 2, {integer(-2), integer(9), integer(4), integer(5)}), -2,
-         4294967294u, -2.0, true},
-        {"empty matrix", matrix(0, 2, {}), 0, 0, 0.0, false},
-        {"table: cells, not column names", table({"A", "B"}, 1, {boolean(true), integer(0)}), 1, 1, 1.0, true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -100,26 +78,20 @@ TEST(NvValueKinds, EachTestHoldsOnlyForItsKindWithTheUnsignedWidening) {
         {"null", null(), "null"},
         {"true", boolean(true), "boolean"},
         {"integer 0", integer(0), "integer unsigned"},
-        {"integer 4294967295", integer(4294967295LL), "integer unsigned"},
         {"integer 4294967296", integer(4294967296LL), "integer"},
         {"integer -1", integer(-1), "integer"},
         {"double 0", real(0.0), "double unsigned"},
-        {"double -0.0", real(-0.0), "double unsigned"},
         {"double 4294967295", real(4294967295.0), "double unsigned"},
         {"double 4294967296", real(4294967296.0), "double"},
         {"double 4294967294.5", real(4294967294.5), "double"},
-        {"double 1.5", real(1.5), "double"},
         {"double -1", real(-1.0), "double"},
         {"NaN", real(nan_), "double"},
-        {"infinity", real(inf_), "double"},
         {"string \"1\"", text("1"), "string"},
-        {"empty string", text(""), "string"},
         {"handle: an Integer of value 0", handle(&anything), "integer unsigned"},
         {"empty vector", vector({}), "vector numeric"},
         {"vector [1, 2.5]", vector({integer(1), real(2.5)}), "vector numeric"},
         {"vector [1, true]", vector({integer(1), boolean(true)}), "vector"},
         {"vector [1, \"2\"]", vector({integer(1), text("2")}), "vector"},
-        {"vector [1, null]", vector({integer(1), null()}), "vector"},
         {"vector [[1]]", vector({vector({integer(1)})}), "vector"},
         {"matrix [[1, 2.5]]", matrix(1, 2, {integer(1), real(2.5)}), "matrix numeric"},
         {"empty matrix", matrix(0, 2, {}), "matrix numeric"},
@@ -130,41 +102,6 @@ TEST(NvValueKinds, EachTestHoldsOnlyForItsKindWithTheUnsignedWidening) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         EXPECT_EQ(kinds(c.v), c.kinds);
-    }
-}
-
-// nvBoolean, nvInteger and nvDouble made from a host value. The printed
-// form shows the kind as well as the value (true, 3, 3.0, null).
-TEST(NvValueConversions, ConvertingConstructors) {
-    struct Case {
-        const char* what;
-        nvValue v;
-        const char* as_boolean;
-        const char* as_integer;
-        const char* as_double;
-    };
-    const Case cases[] = {
-        {"null stays null", null(), "null", "null", "null"},
-        {"true", boolean(true), "true", "1", "1.0"},
-        {"integer 0", integer(0), "false", "0", "0.0"},
-        {"integer -7", integer(-7), "true", "-7", "-7.0"},
-        {"double 3.9", real(3.9), "true", "3", "3.9"},
-        {"double -1", real(-1.0), "true", "-1", "-1.0"},
-        {"double 0.25", real(0.25), "true", "0", "0.25"},
-        {"NaN", real(nan_), "true", "0", "nan"},
-        {"string \"5\"", text("5"), "false", "0", "0.0"},
-        {"handle", handle(&anything), "false", "0", "0.0"},
-        {"vector [2.7, 0]: first element", vector({real(2.7), integer(0)}), "true", "2", "2.7"},
-        {"vector [0, 1]: first element", vector({integer(0), integer(1)}), "false", "0", "0.0"},
-        {"vector [null, 1]: a null first element stays null", vector({null(), integer(1)}), "null", "null",
-         "null"},
-        {"matrix [[-1.5, 1]]", matrix(1, 2, {real(-1.5), integer(1)}), "true", "-1", "-1.5"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(vt::nvBoolean(c.v).repr(), c.as_boolean);
-        EXPECT_EQ(vt::nvInteger(c.v).repr(), c.as_integer);
-        EXPECT_EQ(vt::nvDouble(c.v).repr(), c.as_double);
     }
 }
 
@@ -186,14 +123,9 @@ TEST(NvValueHandles, OnlyThePointerConstructorCarriesAnAddress) {
         {"null address", handle(nullptr), nullptr},
         {"nvInteger converted from a handle", vt::nvInteger(h), nullptr},
         {"vector holding a handle", vector({h}), nullptr},
-        {"null", null(), nullptr},
-        {"true", boolean(true), nullptr},
         {"integer 0", integer(0), nullptr},
         {"integer that looks like the address",
          integer(static_cast<long long>(reinterpret_cast<std::uintptr_t>(&device))), nullptr},
-        {"double", real(1.0), nullptr},
-        {"string", text("#1"), nullptr},
-        {"matrix", matrix(1, 1, {h}), nullptr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);

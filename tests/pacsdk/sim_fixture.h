@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -44,10 +43,5 @@ protected:
         for (const auto& line : pacsim::calls())
             if (line.rfind("dcon< ", 0) == 0) return line.substr(6);
         return "(none)";
-    }
-
-    static bool logged(const std::string& line) {
-        auto lines = pacsim::calls();
-        return std::find(lines.begin(), lines.end(), line) != lines.end();
     }
 };

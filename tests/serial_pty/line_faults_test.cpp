@@ -15,154 +15,120 @@ namespace {
 using namespace std::chrono_literals;
 using clock_type = std::chrono::steady_clock;
 
-constexpr uint32_t timeout_ms = 80;
-
-struct Fault {
-    const char* name;
-    std::string reply;
-    bool hang_up;
-    bool module_call;  // pac_ReadAI, else uart_SendCmd
-    uint32_t code;
-};
-
-void PrintTo(const Fault& f, std::ostream* os) { *os << f.name; }
-
-class LineFault : public ::testing::TestWithParam<Fault> {
-protected:
-    void SetUp() override { pacsim::use_default_rig(); }
-};
-
-TEST_P(LineFault, EndsInItsCodeWithinTheTimeout) {
-    const Fault& f = GetParam();
-    pty_test::Peer peer;
-    PAC_HANDLE h = uart_Open((peer.device() + ",115200,N,8,1").c_str());
-    ASSERT_NE(h, PAC_INVALID_HANDLE);
-    uart_SetTimeOut(h, timeout_ms, CTO_READ_TOTAL_TIMEOUT);
-    peer.answer(f.reply, f.hang_up);
-
-    pac_SetLastError(0);
-    auto start = clock_type::now();
-    char result[20] = "stale";
-    float value = 0;
-    PAC_BOOL ok = f.module_call ? pac_ReadAI(h, PAC_REMOTE_IO(1), 0, 8, &value) : uart_SendCmd(h, "$01M", result);
-    auto spent = clock_type::now() - start;
-
-    EXPECT_EQ(ok, 0);
-    EXPECT_EQ(pac_GetLastError(), f.code);
-    EXPECT_LT(spent, std::chrono::milliseconds(timeout_ms) + 150ms);
-    if (f.code == PAC_ERR_UART_READ_TIMEOUT) {
-        EXPECT_GE(spent, std::chrono::milliseconds(timeout_ms));
-    }
-    uart_Close(h);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    serial, LineFault,
-    ::testing::Values(Fault{"silent", "", false, false, PAC_ERR_UART_READ_TIMEOUT},
-                      Fault{"cut", "!01+0", false, true, PAC_ERR_UART_READ_TIMEOUT},
-                      Fault{"no_cr", "!017017", false, false, PAC_ERR_UART_READ_TIMEOUT},
-                      Fault{"garbage", std::string("\x01\xFFzz\n\r", 6), false, true, PAC_ERR_UART_RESPONSE},
-                      Fault{"overlong", std::string(300, '7') + "\r", false, false,
-                            PAC_ERR_UART_INTERNAL_BUFFER_OVERFLOW},
-                      Fault{"hang_up", "", true, false, PAC_ERR_UART_GET_WRONG_LINE_STATUS},
-                      Fault{"hang_up_mid_reply", "!01", true, false, PAC_ERR_UART_GET_WRONG_LINE_STATUS}),
-    [](const auto& test) { return std::string(test.param.name); });
-
-TEST(SerialDevice, AReplyArrivesWhole) {
+TEST(SerialDevice, LineFaultsEndInTheirCodeWithinTheTimeout) {
+    constexpr uint32_t timeout_ms = 80;
+    struct {
+        const char* name;
+        std::string reply;
+        bool hang_up;
+        bool module_call;  // pac_ReadAI, else uart_SendCmd
+        uint32_t code;
+    } const faults[] = {
+        {"silent", "", false, false, PAC_ERR_UART_READ_TIMEOUT},
+        {"cut", "!01+0", false, true, PAC_ERR_UART_READ_TIMEOUT},
+        {"no CR", "!017017", false, false, PAC_ERR_UART_READ_TIMEOUT},
+        {"garbage", std::string("\x01\xFFzz\n\r", 6), false, true, PAC_ERR_UART_RESPONSE},
+        {"overlong", std::string(300, '7') + "\r", false, false, PAC_ERR_UART_INTERNAL_BUFFER_OVERFLOW},
+        {"hang-up", "", true, false, PAC_ERR_UART_GET_WRONG_LINE_STATUS},
+        {"hang-up mid-reply", "!01", true, false, PAC_ERR_UART_GET_WRONG_LINE_STATUS},
+    };
     pacsim::use_default_rig();
-    pty_test::Peer peer;
-    PAC_HANDLE h = uart_Open(peer.device().c_str());
-    ASSERT_NE(h, PAC_INVALID_HANDLE);
-    peer.answer("!017017\r");
-    char result[20];
-    ASSERT_EQ(uart_SendCmd(h, "$01M", result), 1);
-    EXPECT_STREQ(result, "!017017");
-    EXPECT_EQ(pacsim::now_ms(), 0u);  // real time, not the simulated clock
-    uart_Close(h);
+    for (const auto& f : faults) {
+        SCOPED_TRACE(f.name);
+        pty_test::Peer peer;
+        PAC_HANDLE h = uart_Open((peer.device() + ",115200,N,8,1").c_str());
+        ASSERT_NE(h, PAC_INVALID_HANDLE);
+        uart_SetTimeOut(h, timeout_ms, CTO_READ_TOTAL_TIMEOUT);
+        peer.answer(f.reply, f.hang_up);
+
+        pac_SetLastError(0);
+        auto start = clock_type::now();
+        char result[20] = "stale";
+        float value = 0;
+        PAC_BOOL ok = f.module_call ? pac_ReadAI(h, PAC_REMOTE_IO(1), 0, 8, &value) : uart_SendCmd(h, "$01M", result);
+        auto spent = clock_type::now() - start;
+
+        EXPECT_EQ(ok, 0);
+        EXPECT_EQ(pac_GetLastError(), f.code);
+        EXPECT_LT(spent, std::chrono::milliseconds(timeout_ms) + 150ms);
+        if (f.code == PAC_ERR_UART_READ_TIMEOUT) {
+            EXPECT_GE(spent, std::chrono::milliseconds(timeout_ms));
+        }
+        uart_Close(h);
+    }
 }
 
 // A pseudo-terminal keeps the speed, the stop bits and the kind of parity
 // (PARODD, CMSPAR) that were set; its driver always makes it 8 data bits
 // without parity, so CSIZE and PARENB cannot be seen here.
-struct Setting {
-    const char* fields;
-    speed_t speed;
-    tcflag_t parity_kind;
-    bool two_stop_bits;
-};
-
-void PrintTo(const Setting& s, std::ostream* os) { *os << s.fields; }
-
-class DeviceSettings : public ::testing::TestWithParam<Setting> {};
-
-TEST_P(DeviceSettings, ReachTheDevice) {
-    const Setting& s = GetParam();
+TEST(SerialDevice, SettingsReachTheDevice) {
+    struct {
+        const char* fields;
+        speed_t speed;
+        tcflag_t parity_kind;
+        bool two_stop_bits;
+    } const settings[] = {{"", B115200, 0, false},
+                          {",9600,E,7,2", B9600, 0, true},
+                          {",1200,O,8,1", B1200, PARODD, false},
+                          {",57600,M,6", B57600, PARODD | CMSPAR, false},
+                          {",19200,S,5,2", B19200, CMSPAR, true}};
     pacsim::use_default_rig();
-    pty_test::Peer peer;
-    PAC_HANDLE h = uart_Open((peer.device() + s.fields).c_str());
-    ASSERT_NE(h, PAC_INVALID_HANDLE);
-    termios t{};
-    ASSERT_EQ(tcgetattr(peer.device_fd(), &t), 0);
-    EXPECT_EQ(cfgetospeed(&t), s.speed);
-    EXPECT_EQ(cfgetispeed(&t), s.speed);
-    EXPECT_EQ(t.c_cflag & (PARODD | CMSPAR), s.parity_kind);
-    EXPECT_EQ((t.c_cflag & CSTOPB) != 0, s.two_stop_bits);
-    EXPECT_EQ(t.c_lflag & (ICANON | ECHO), 0u);  // raw: CR stays CR, nothing echoes
-    uart_Close(h);
+    for (const auto& s : settings) {
+        SCOPED_TRACE(s.fields);
+        pty_test::Peer peer;
+        PAC_HANDLE h = uart_Open((peer.device() + s.fields).c_str());
+        ASSERT_NE(h, PAC_INVALID_HANDLE);
+        termios t{};
+        ASSERT_EQ(tcgetattr(peer.device_fd(), &t), 0);
+        EXPECT_EQ(cfgetospeed(&t), s.speed);
+        EXPECT_EQ(cfgetispeed(&t), s.speed);
+        EXPECT_EQ(t.c_cflag & (PARODD | CMSPAR), s.parity_kind);
+        EXPECT_EQ((t.c_cflag & CSTOPB) != 0, s.two_stop_bits);
+        EXPECT_EQ(t.c_lflag & (ICANON | ECHO), 0u);  // raw: CR stays CR, nothing echoes
+        uart_Close(h);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(serial, DeviceSettings,
-                         ::testing::Values(Setting{"", B115200, 0, false}, Setting{",9600,E,7,2", B9600, 0, true},
-                                           Setting{",1200,O,8,1", B1200, PARODD, false},
-                                           Setting{",57600,M,6", B57600, PARODD | CMSPAR, false},
-                                           Setting{",19200,S,5,2", B19200, CMSPAR, true}));
-
-struct Refusal {
-    const char* connection;  // "PTY" stands for the peer's device
-    uint32_t code;
-    const char* message;
-};
-
-void PrintTo(const Refusal& r, std::ostream* os) { *os << r.connection; }
-
-class OpenRefused : public ::testing::TestWithParam<Refusal> {};
-
-TEST_P(OpenRefused, GivesTheInvalidHandleAndSaysWhy) {
-    const Refusal& r = GetParam();
+TEST(SerialDevice, OpenRefusedGivesTheInvalidHandleAndSaysWhy) {
+    constexpr uint32_t malformed = PAC_ERR_INVALID_COMPORT_NUMBER;
+    constexpr uint32_t refused = PAC_ERR_UART_OPEN_FAILED;
+    struct {
+        const char* connection;  // "PTY" stands for the peer's device
+        uint32_t code;
+        const char* message;
+    } const cases[] = {
+        {"/dev/icp-none,9600", refused, "No such device: /dev/icp-none"},
+        {"COM3,9600", refused, "No such device: /dev/icp-none"},
+        {"/dev/icp-a-device-name-too-long-to-tell", refused, "No such device"},
+        {"/dev/null", refused, "Not a serial port: /dev/null"},
+        {"COM7", refused, "Not in the rig: COM7"},
+        {"PTY,1000", refused, "Baud rate not supported"},
+        {"COM1,115200,N,8,1,1", malformed, "Too many fields"},
+        {"dev/ttyUSB0", malformed, "Port is COM1..COM255 or a path"},
+        {"/dev/tty USB0", malformed, "Port is COM1..COM255 or a path"},
+        {"PTY,fast", malformed, "Baud rate is not a number"},
+        {"PTY,9600,X", malformed, "Parity is one of N, O, E, M, S"},
+        {"PTY,9600,N,9", malformed, "Data bits are 5 to 8"},
+        {"PTY,9600,N,8,3", malformed, "Stop bits are 1 or 2"},
+        {"", malformed, "No port given"},
+    };
     std::string error;
     ASSERT_TRUE(pacsim::load_rig(R"({"serial": [{"port": "COM1", "modules": []},
                                                 {"port": "COM3", "device": "/dev/icp-none"}]})",
                                  &error))
         << error;
     pty_test::Peer peer;
-    std::string connection = r.connection;
-    if (connection.rfind("PTY", 0) == 0) connection.replace(0, 3, peer.device());
-    pac_SetLastError(0);
-    EXPECT_EQ(uart_Open(connection.c_str()), PAC_INVALID_HANDLE);
-    EXPECT_EQ(pac_GetLastError(), r.code);
-    char message[32];
-    pac_GetErrorMessage(pac_GetLastError(), message);
-    EXPECT_STREQ(message, r.message);
+    for (const auto& r : cases) {
+        SCOPED_TRACE(r.connection);
+        std::string connection = r.connection;
+        if (connection.rfind("PTY", 0) == 0) connection.replace(0, 3, peer.device());
+        pac_SetLastError(0);
+        EXPECT_EQ(uart_Open(connection.c_str()), PAC_INVALID_HANDLE);
+        EXPECT_EQ(pac_GetLastError(), r.code);
+        char message[32];
+        pac_GetErrorMessage(pac_GetLastError(), message);
+        EXPECT_STREQ(message, r.message);
+    }
 }
-
-constexpr uint32_t malformed = PAC_ERR_INVALID_COMPORT_NUMBER;
-constexpr uint32_t refused = PAC_ERR_UART_OPEN_FAILED;
-
-INSTANTIATE_TEST_SUITE_P(
-    serial, OpenRefused,
-    ::testing::Values(Refusal{"/dev/icp-none,9600", refused, "No such device: /dev/icp-none"},
-                      Refusal{"COM3,9600", refused, "No such device: /dev/icp-none"},
-                      Refusal{"/dev/icp-a-device-name-too-long-to-tell", refused, "No such device"},
-                      Refusal{"/dev/null", refused, "Not a serial port: /dev/null"},
-                      Refusal{"COM7", refused, "Not in the rig: COM7"},
-                      Refusal{"PTY,1000", refused, "Baud rate not supported"},
-                      Refusal{"COM1,115200,N,8,1,1", malformed, "Too many fields"},
-                      Refusal{"dev/ttyUSB0", malformed, "Port is COM1..COM255 or a path"},
-                      Refusal{"/dev/tty USB0", malformed, "Port is COM1..COM255 or a path"},
-                      Refusal{"PTY,fast", malformed, "Baud rate is not a number"},
-                      Refusal{"PTY,9600,X", malformed, "Parity is one of N, O, E, M, S"},
-                      Refusal{"PTY,9600,N,9", malformed, "Data bits are 5 to 8"},
-                      Refusal{"PTY,9600,N,8,3", malformed, "Stop bits are 1 or 2"},
-                      Refusal{"", malformed, "No port given"}));
 
 }  // namespace

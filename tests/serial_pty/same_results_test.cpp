@@ -30,48 +30,26 @@ std::string run_host(const std::vector<std::string>& args) {
     return out;
 }
 
-struct Script {
-    const char* name;
-    std::vector<std::string> args;  // after the rig
-};
-
-void PrintTo(const Script& s, std::ostream* os) { *os << s.name; }
-
-class SameResults : public ::testing::TestWithParam<Script> {};
-
-TEST_P(SameResults, OnThePseudoTerminalAsInProcess) {
-    const Script& script = GetParam();
-    std::string expected = run_host(script.args);
-
-    pty_test::ServedPort served;
-    std::string rig = ::testing::TempDir() + "pty_rig_" + script.name + ".json";
-    std::ofstream(rig) << R"({"serial": [{"port": "COM1", "device": ")" << served.device() << R"("}]})";
-    std::vector<std::string> args{"--rig", rig};
-    args.insert(args.end(), script.args.begin(), script.args.end());
-    EXPECT_EQ(run_host(args), expected);
-    EXPECT_NE(expected.find("true"), std::string::npos) << expected;  // the script did something
+TEST(SameResults, OnThePseudoTerminalAsInProcess) {
+    std::vector<std::string> statements{"-e", "p = ICPCOM_OpenDevice(\"COM1,115200,N,8,1\")"};
+    for (const char* line :
+         {"ICPCOM_AI_Read(p, 1, 3, 8)", "ICPCOM_AO_Write(p, 2, 1, 4, -3.25)", "ICPCOM_AO_Read(p, 2, 1, 4)",
+          "ICPCOM_AI_Read(p, 1, 9, 8)", "ICPCOM_DO_Write(p, 3, 7, 5)", "ICPCOM_DO_Read(p, 3, 7)",
+          "ICPCOM_DI_Read(p, 3, 8)", "ICPCOM_SetWDTConfig(p, 3, 1, 50, 0)", "ICPCOM_GetWDTConfig(p, 3)",
+          "ICPCOM_GetWDTStatus(p, 3)", "ICPCOM_SetPWMFrequency(p, 4, 0, 1000)", "ICPCOM_SetPWMDuty(p, 4, 0, 25.0)",
+          "ICPCOM_GetPWMDuty(p, 4, 0)", "ICPCOM_GetPWMFrequency(p, 4, 0)", "ICPCOM_LastError(\"i\")",
+          "ICPCOM_CloseDevice(p)"})
+        statements.insert(statements.end(), {"-e", line});
+    for (const auto& script : {std::vector<std::string>{"run", ICP_EXAMPLES_DIR "/serial"}, statements}) {
+        std::string expected = run_host(script);
+        pty_test::ServedPort served;
+        std::string rig = ::testing::TempDir() + "pty_rig.json";
+        std::ofstream(rig) << R"({"serial": [{"port": "COM1", "device": ")" << served.device() << R"("}]})";
+        std::vector<std::string> args{"--rig", rig};
+        args.insert(args.end(), script.begin(), script.end());
+        EXPECT_EQ(run_host(args), expected);
+        EXPECT_NE(expected.find("true"), std::string::npos) << expected;  // the script did something
+    }
 }
-
-std::vector<std::string> statements(std::initializer_list<const char*> lines) {
-    std::vector<std::string> args{"-e", "p = ICPCOM_OpenDevice(\"COM1,115200,N,8,1\")"};
-    for (const char* line : lines) args.insert(args.end(), {"-e", line});
-    args.insert(args.end(), {"-e", "ICPCOM_LastError(\"i\")", "-e", "ICPCOM_CloseDevice(p)"});
-    return args;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    serial, SameResults,
-    ::testing::Values(
-        Script{"example", {"run", ICP_EXAMPLES_DIR "/serial"}},
-        Script{"analog",
-               statements({"ICPCOM_AI_Read(p, 1, 3, 8)", "ICPCOM_AO_Write(p, 2, 1, 4, -3.25)",
-                           "ICPCOM_AO_Read(p, 2, 1, 4)", "ICPCOM_AI_Read(p, 1, 9, 8)"})},
-        Script{"digital", statements({"ICPCOM_DO_Write(p, 3, 7, 5)", "ICPCOM_DO_Read(p, 3, 7)",
-                                      "ICPCOM_DI_Read(p, 3, 8)", "ICPCOM_SendCmd(p, \"@03\")"})},
-        Script{"watchdog", statements({"ICPCOM_SetWDTConfig(p, 3, 1, 50, 0)", "ICPCOM_GetWDTConfig(p, 3)",
-                                       "ICPCOM_GetWDTStatus(p, 3)"})},
-        Script{"pwm", statements({"ICPCOM_SetPWMFrequency(p, 4, 0, 1000)", "ICPCOM_SetPWMDuty(p, 4, 0, 25.0)",
-                                  "ICPCOM_GetPWMDuty(p, 4, 0)", "ICPCOM_GetPWMFrequency(p, 4, 0)"})}),
-    [](const auto& test) { return std::string(test.param.name); });
 
 }  // namespace
