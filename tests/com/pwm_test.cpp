@@ -79,16 +79,5 @@ TEST_F(Serial, OutputsStartAndStopAsTheStatusShows) {
     expect_same(status(), vec({real(0.0), real(32.0)}));
 }
 
-TEST_F(Serial, SyncAndTriggerGettersAgreeOnEveryChannel) {
-    for (int ch = 0; ch < 8; ++ch) {
-        SCOPED_TRACE(ch);
-        icpcom_setpwmtrigger(port, integer(4), integer(ch), integer(ch % 3));
-        icpcom_setpwmsynchannel(port, integer(4), integer(ch), integer(1 - ch % 2));
-        const nvValue sync = icpcom_getpwmsynchannel(port, integer(4), integer(ch));
-        expect_same(sync, integer(ch % 3));
-        expect_same(icpcom_getpwmtrigger(port, integer(4), integer(ch)), sync);
-    }
-}
-
 }  // namespace
 }  // namespace com_test

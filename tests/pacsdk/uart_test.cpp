@@ -118,17 +118,6 @@ TEST_F(pacsdkUart, ControlCharactersAreEscapedInTheLog) {
                                                        "dcon< !017017"}));
 }
 
-TEST_F(pacsdkUart, NoReplyIsATimeoutAtOnce) {
-    PAC_HANDLE h = open();
-    uart_SetTimeOut(h, 60000, CTO_READ_TOTAL_TIMEOUT);
-    char result[20] = "stale";
-    pac_SetLastError(0);
-    EXPECT_EQ(uart_SendCmd(h, "$09M", result), 0);  // no module at 09
-    EXPECT_EQ(pac_GetLastError(), PAC_ERR_UART_READ_TIMEOUT);
-    EXPECT_STREQ(result, "");
-    EXPECT_EQ(pacsim::now_ms(), 60000u);  // in simulated time only
-}
-
 // Port and module must agree on checksums; a reply whose checksum is broken
 // fails the call once.
 TEST_F(pacsdkUart, ChecksumsOnBothSides) {

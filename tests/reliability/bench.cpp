@@ -23,15 +23,8 @@ struct Module {
 constexpr Module modules[] = {{"USB2055", 3}, {"USB2019", 1}, {"USB2026", 1}, {"USB2084", 1}};
 
 unsigned total_of(const usbsim::Model& m, Group g) {
-    switch (g) {
-        case Group::DO: return m.do_;
-        case Group::DI: return m.di;
-        case Group::AI: return m.ai;
-        case Group::AO: return m.ao;
-        case Group::PI: return m.pi;
-        case Group::None: return 1;
-    }
-    return 0;
+    const unsigned totals[] = {1, m.do_, m.di, m.ai, m.ao, m.pi};  // in the order of Group
+    return totals[static_cast<int>(g)];
 }
 
 nvValue open_usb(const Module& m) {

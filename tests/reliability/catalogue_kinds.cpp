@@ -1,6 +1,7 @@
 #include "tests/reliability/catalogue_kinds.h"
 
-#include <cstring>
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
 #include <string_view>
 
@@ -18,30 +19,20 @@ struct ParamException {
 // (or names none): masks and raw words described as "Integer" or "Vector"
 // are unsigned integers, scalars described as vectors are scalars.
 constexpr ParamException param_exceptions[] = {
-    {"icpusb_opendevice", 0, Param::IdOrCode},
-    {"icpusb_do_readvalue", 0, Param::UsbHandle},
-    {"icpusb_do_setpoweronenables", 1, Param::Unsigned},
-    {"icpusb_do_setsafetyenable", 1, Param::Unsigned},
-    {"icpusb_do_setsafetyvalue", 1, Param::Unsigned},
-    {"icpusb_do_setdigitaloutputinverse", 1, Param::Unsigned},
-    {"icpusb_do_writevalue", 1, Param::Unsigned},
-    {"icpusb_di_setdigitalvalueinverse", 1, Param::Unsigned},
-    {"icpusb_di_setcntedgetrigger", 1, Param::Unsigned},
-    {"icpusb_di_writeclearcounters", 1, Param::Unsigned},
-    {"icpusb_ai_setchenable", 1, Param::Unsigned},
-    {"icpusb_ao_setchenable", 1, Param::Unsigned},
-    {"icpusb_ao_setsafetyenable", 1, Param::Unsigned},
-    {"icpusb_ao_writechannelvaluedigital", 2, Param::Unsigned},
+    {"icpusb_opendevice", 0, Param::IdOrCode}, {"icpusb_do_readvalue", 0, Param::UsbHandle},
+    {"icpusb_do_setpoweronenables", 1, Param::Unsigned}, {"icpusb_do_setsafetyenable", 1, Param::Unsigned},
+    {"icpusb_do_setsafetyvalue", 1, Param::Unsigned}, {"icpusb_do_setdigitaloutputinverse", 1, Param::Unsigned},
+    {"icpusb_do_writevalue", 1, Param::Unsigned}, {"icpusb_di_setdigitalvalueinverse", 1, Param::Unsigned},
+    {"icpusb_di_setcntedgetrigger", 1, Param::Unsigned}, {"icpusb_di_writeclearcounters", 1, Param::Unsigned},
+    {"icpusb_ai_setchenable", 1, Param::Unsigned}, {"icpusb_ao_setchenable", 1, Param::Unsigned},
+    {"icpusb_ao_setsafetyenable", 1, Param::Unsigned}, {"icpusb_ao_writechannelvaluedigital", 2, Param::Unsigned},
     {"icpusb_ao_setpoweronchannelvaluedigital", 2, Param::Unsigned},
     {"icpusb_ao_setsafetychannelvaluedigital", 2, Param::Unsigned},
     {"icpusb_ao_setpoweronchannelvalueanalog", 2, Param::Real},
     {"icpusb_ao_setsafetychannelvalueanalog", 2, Param::Real},
-    {"icpusb_pi_clearchcount", 1, Param::Unsigned},
-    {"icpusb_pi_clearchstatus", 1, Param::Unsigned},
-    {"icpusb_pi_setchisolatedflags", 1, Param::Unsigned},
-    {"icpusb_pi_setlpfilterenables", 1, Param::Unsigned},
-    {"icpcom_do_write", 3, Param::Unsigned},
-    {"icpcom_do_writechannelvalue", 4, Param::Integer},
+    {"icpusb_pi_clearchcount", 1, Param::Unsigned}, {"icpusb_pi_clearchstatus", 1, Param::Unsigned},
+    {"icpusb_pi_setchisolatedflags", 1, Param::Unsigned}, {"icpusb_pi_setlpfilterenables", 1, Param::Unsigned},
+    {"icpcom_do_write", 3, Param::Unsigned}, {"icpcom_do_writechannelvalue", 4, Param::Integer},
 };
 
 struct ResultException {
@@ -52,13 +43,9 @@ struct ResultException {
 // Serial digital words and stored values come back as reals; the watchdog
 // configuration as a Boolean made from its vector.
 constexpr ResultException result_exceptions[] = {
-    {"icpcom_di_read", Result::Real},
-    {"icpcom_do_read", Result::Real},
-    {"icpcom_do_readpoweronvalue", Result::Real},
-    {"icpcom_ao_readpoweronvalue", Result::Real},
-    {"icpcom_do_readsafevalue", Result::Real},
-    {"icpcom_ao_readsafevalue", Result::Real},
-    {"icpcom_getwdtconfig", Result::Boolean},
+    {"icpcom_di_read", Result::Real}, {"icpcom_do_read", Result::Real}, {"icpcom_do_readpoweronvalue", Result::Real},
+    {"icpcom_ao_readpoweronvalue", Result::Real}, {"icpcom_do_readsafevalue", Result::Real},
+    {"icpcom_ao_readsafevalue", Result::Real}, {"icpcom_getwdtconfig", Result::Boolean},
 };
 
 bool starts(std::string_view text, std::string_view word) { return text.substr(0, word.size()) == word; }
@@ -106,14 +93,9 @@ Signature signature(const icp::Function& f) {
     for (const auto& e : result_exceptions)
         if (exp == e.export_name) s.result = e.kind;
     for (std::size_t i = 0; i < f.arity(); ++i) {
-        bool found = false;
-        for (const auto& e : param_exceptions) {
-            if (exp == e.export_name && i == e.position) {
-                s.params.push_back(e.kind);
-                found = true;
-            }
-        }
-        if (!found) s.params.push_back(param_from_text(f.help[2 + i], i, s.usb));
+        const auto e = std::find_if(std::begin(param_exceptions), std::end(param_exceptions),
+                                    [&](const ParamException& p) { return exp == p.export_name && i == p.position; });
+        s.params.push_back(e != std::end(param_exceptions) ? e->kind : param_from_text(f.help[2 + i], i, s.usb));
     }
     return s;
 }

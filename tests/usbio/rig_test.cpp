@@ -59,21 +59,18 @@ TEST_F(usbioRig, ErrorsNameTheLineAndChangeNothing) {
     }
 }
 
-// Text the JSON parser alone would abort on, stop early at, or spend
-// memory and stack on level by level, and names of any length.
+// Text the JSON parser alone would abort on or stop early at, and names of
+// any length (the reader is the PAC SDK rig's too: tests/pacsdk/rig_test.cpp
+// has the rest).
 TEST_F(usbioRig, HostileTextIsRefusedWithOneLineError) {
-    const std::string deep = std::string(100000, '[') + std::string(100000, ']');
     const std::string name(100000, 'A');
     struct {
         std::string text;
         std::string error;
     } const cases[] = {
-        {"{\"usb\": [],\n \"x\": 1e400}", "line 2: number out of range: 1e400"},
         {"{\"usb\": [], \"x\": -" + std::string(400, '9') + "}",
          "line 1: number out of range: -" + std::string(63, '9') + "..."},
-        {"{\"usb\": [],\n\n \"x\": " + deep + "}", "line 3: arrays and objects nested deeper than 256"},
         {"{\"usb\": []}\n" + std::string(1, '\0') + "{", "line 2: a NUL byte in the text"},
-        {"{\"usb\": [], \"x\": \"a" + std::string(1, '\0') + "\"}", "line 1: a NUL byte in the text"},
         {"{\"usb\": [{\"board\": 1,\n \"model\": \"" + name + "\"}]}",
          "line 2: unknown model \"" + name.substr(0, 64) + "...\""},
         {"{\"usb\": [{\"model\": \"" + name, "line 1: syntax error while parsing value - invalid string: "
