@@ -1,5 +1,5 @@
-// Instances, open and close, buffer bounds, the model table and the input
-// counters.
+// Buffer bounds, the model table, the DO watchdog, the input counters and
+// paired pulse inputs.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -13,6 +13,18 @@ namespace {
 using usbioDevice = UsbioTest;
 
 constexpr std::uint16_t k2055 = 0x437;
+constexpr std::uint16_t k2084 = 0x454;
+
+struct PiRead {
+    std::array<std::uint32_t, 16> value{};
+    std::array<std::uint8_t, 16> status{};
+};
+
+PiRead counts(USBIO_HANDLE h) {
+    PiRead r;
+    EXPECT_EQ(PI_ReadCntValue(h, r.value.data(), r.status.data()), USBIO_OK);
+    return r;
+}
 
 // Lookups both ways find the row; totals and type lists fit the buffers.
 TEST(usbioModelTable, RowsFitTheBuffers) {
@@ -29,6 +41,36 @@ TEST(usbioModelTable, RowsFitTheBuffers) {
             EXPECT_NE(std::find(m.ao_types.begin(), m.ao_types.end(), m.ao_default_type), m.ao_types.end());
         }
     }
+}
+
+// Safety values apply once the watchdog expires: automatic reset off and no
+// call for longer than the timeout.
+TEST_F(usbioDevice, WatchdogExpiryAppliesTheSafetyValues) {
+    USBIO_HANDLE h = attach_and_open("USB2055");
+    std::uint32_t enable = 0x0F, value = 0x05, word = 0xF0;
+    ASSERT_EQ(DO_SetSafetyEnable(h, &enable), USBIO_OK);
+    ASSERT_EQ(DO_SetSafetyValue(h, &value), USBIO_OK);
+    ASSERT_EQ(SetSoftWDTTimeout(h, 500), USBIO_OK);
+    ASSERT_EQ(DO_WriteValue(h, &word), USBIO_OK);
+
+    usbsim::advance_ms(5000);  // automatic reset still on
+    EXPECT_EQ(state("USB2055").do_word, 0xF0u);
+
+    ASSERT_EQ(SetAutoResetWDT(h, 0), USBIO_OK);
+    usbsim::advance_ms(400);
+    ASSERT_EQ(SYNCDevice(h), USBIO_OK);  // a call restarts the timeout
+    usbsim::advance_ms(500);
+    EXPECT_FALSE(state("USB2055").wdt_expired);
+    EXPECT_EQ(state("USB2055").do_word, 0xF0u);
+    usbsim::advance_ms(1);
+    EXPECT_TRUE(state("USB2055").wdt_expired);
+    EXPECT_EQ(state("USB2055").do_word, 0xF5u);
+
+    // Closed, the module has no host to lose.
+    ASSERT_EQ(DO_WriteValue(h, &word), USBIO_OK);
+    ASSERT_EQ(CloseDevice(h), USBIO_OK);
+    usbsim::advance_ms(10000);
+    EXPECT_EQ(state("USB2055").do_word, 0xF0u);
 }
 
 // Channel 0 counts rising edges (edge bit 1), channel 1 falling edges.
@@ -60,6 +102,46 @@ TEST_F(usbioDevice, CountersCountTheChosenEdges) {
     ASSERT_EQ(DI_WriteClearCounters(h, 0xFFFFFF84), USBIO_OK);  // channels 2 and 7
     const auto c = state("USB2055").di_counters;
     EXPECT_EQ((std::vector<std::uint32_t>{c[0], c[1], c[2], c[7]}), (std::vector<std::uint32_t>{0, 2, 0, 0}));
+}
+
+TEST_F(usbioDevice, UpCountersCountByTrigger) {
+    USBIO_HANDLE h = attach_and_open("USB2084");
+    const std::uint8_t modes[16] = {0, 1, 2, 0, 0, 0, 0, 0};
+    ASSERT_EQ(PI_SetTriggerModes(h, modes), USBIO_OK);
+    for (unsigned ch = 0; ch < 3; ++ch) ASSERT_TRUE(usbsim::pulse(k2084, 1, ch, 10));
+    EXPECT_FALSE(usbsim::pulse(k2084, 1, 8, 1));
+    PiRead r = counts(h);
+    EXPECT_EQ(r.value[0], 10u);
+    EXPECT_EQ(r.value[1], 10u);
+    EXPECT_EQ(r.value[2], 20u);  // both edges
+    const std::uint8_t bad[16] = {0, 3};
+    EXPECT_EQ(PI_SetTriggerModes(h, bad), USBIO_ERR_PARAMETER);
+}
+
+// Paired pulse inputs count up minus down in the even channel.
+TEST_F(usbioDevice, PairModesCountSignedInTheEvenChannel) {
+    USBIO_HANDLE h = attach_and_open("USB2084");
+    EXPECT_EQ(PI_SetTypeCode(h, 1, 0x54), USBIO_ERR_PARAMETER);  // pairs start on even channels
+    ASSERT_EQ(PI_SetTypeCode(h, 0, 0x54), USBIO_OK);
+    EXPECT_EQ(PI_SetTypeCode(h, 1, 0x50), USBIO_ERR_PARAMETER);  // the odd channel follows
+    std::array<std::uint8_t, 16> types{};
+    ASSERT_EQ(PI_GetTypeCode(h, types.data()), USBIO_OK);
+    EXPECT_EQ(types[1], 0x54);
+
+    ASSERT_TRUE(usbsim::pulse(k2084, 1, 0, 3));
+    ASSERT_TRUE(usbsim::pulse(k2084, 1, 1, 5));  // the down input
+    PiRead r = counts(h);
+    EXPECT_EQ(static_cast<std::int32_t>(r.value[0]), -2);
+    EXPECT_EQ(r.value[1], 0u);
+
+    const std::uint8_t mixed[16] = {0x56, 0x56, 0x51, 0x50, 0x55, 0x50, 0x50, 0x50};
+    EXPECT_EQ(PI_SetTypeCodes(h, mixed), USBIO_ERR_PARAMETER);  // 0x55 without its partner
+    const std::uint8_t pairs[16] = {0x56, 0x56, 0x51, 0x50, 0x55, 0x55, 0x50, 0x50};
+    ASSERT_EQ(PI_SetTypeCodes(h, pairs), USBIO_OK);
+    EXPECT_EQ(counts(h).value[0], 0u);  // a new mode starts from 0
+    ASSERT_EQ(PI_SetTypeCode(h, 4, 0x50), USBIO_OK);  // leaving a pair frees both
+    ASSERT_EQ(PI_GetTypeCode(h, types.data()), USBIO_OK);
+    EXPECT_EQ(types[5], 0x50);
 }
 
 // Null buffers, and a nickname without a terminator within 32 bytes, are
