@@ -6,15 +6,17 @@
 namespace {
 
 // COM1: analog inputs at 01..04 (04 holds the classic 8-channel example
-// reading); COM3: digital I/O at 01. The analog output, digital I/O and PWM
-// commands the plug-in sends are shown line by line in tests/com.
+// reading); COM3: digital I/O at 01; COM4: PWM at 01 and 03. The analog
+// output and digital I/O commands the plug-in sends are shown line by line
+// in tests/com.
 const char* const rig = R"({"serial": [
   {"port": "COM1", "modules": [
     {"address": 1, "kind": "ai"},
     {"address": 2, "kind": "ai", "inputs": [10, -10, 0, 0, 0, 0, 0, 12.5]},
     {"address": 3, "kind": "ai", "inputs": [0, 0, 2.513]},
     {"address": 4, "kind": "ai", "inputs": [5.123, 4.153, 7.234, -2.356, 10, -5.133, 2.345, 8.234]}]},
-  {"port": "COM3", "modules": [{"address": 1, "kind": "dio"}]}]})";
+  {"port": "COM3", "modules": [{"address": 1, "kind": "dio"}]},
+  {"port": "COM4", "modules": [{"address": 1, "kind": "pwm"}, {"address": 3, "kind": "pwm"}]}]})";
 
 struct Step {
     const char* command;
@@ -72,7 +74,20 @@ INSTANTIATE_TEST_SUITE_P(
         // that never comes.
         Scenario{"watchdog_refresh", "COM3",
                  {{"~013105", "!01"}, {"wait 399", ""}, {"~**", none}, {"~010", "!0180"}, {"wait 200", ""},
-                  {"~010", "!0184"}}}),
+                  {"~010", "!0184"}}},
+        Scenario{"pwm_settings", "COM4",
+                 {{"$01C0D25.5", "!0125.5"}, {"$01C0D99.9", "!0199.9"}, {"$01C0D00.0", "?01"}, {"$01C0D5.0", none},
+                  {"$01C1F003000", "!01002994"}, {"$01C1D33.3", "!0133.2"}, {"$01C1D99.5", "?01"},
+                  {"$01C1F000000", "?01"}, {"$01C8D", "?01"}, {"$01C0M", "!011"}, {"$01C0P0005", "!01"},
+                  {"$01C0M", "!010"}, {"$01C0P", "!010005"}, {"$01C0M1", "!01"}, {"$01C0P", "!010001"},
+                  {"$01C0P0000", "?01"}, {"$01C0T2", "!01"}, {"$01C0T", "!012"}, {"$01C0T3", "?01"},
+                  {"$01C0N1", "!01"}, {"$01C0N", "!011"}}},
+        Scenario{"pwm_outputs", "COM4",
+                 {{"@01DO03", "!01"}, {"@01DI", "!010300"}, {"$01C0N1", "!01"}, {"$01Y0", "!01"},
+                  {"@01DI", "!010200"}, {"#011201", ">"}, {"@01DI", "!010600"}, {"#011801", "?01"}, {"$01Y1", "!01"},
+                  {"@01DI", "!010700"}, {"$01Y2", "?01"}, {"~013101", "!01"}, {"wait 100", ""}, {"@01DI", "!010000"},
+                  {"@01DO01", "?01"}, {"#011001", "?01"}, {"~011", "!01"}, {"@01DO01", "!01"}, {"#032", ">00000000"},
+                  {"@03P200000010", "!03"}, {"@03G2", "!0300000010"}, {"~03D01", "!03"}, {"~03D", "!0301"}}}),
     [](const ::testing::TestParamInfo<Scenario>& scenario) { return std::string(scenario.param.name); });
 
 }  // namespace
