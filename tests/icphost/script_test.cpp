@@ -23,13 +23,12 @@ nvValue echo(V a) { return a; }
 nvValue fail() { throw std::runtime_error("device on fire"); }
 nvValue stop() { return nvBoolean(true); }
 nvValue rec() { return nvSymbolicValue("rec", true, {}); }
-nvValue five(V a, V b, V c, V d, V e) {
-    nvVector v(5, false, true, false);
-    const nvValue* all[] = {&a, &b, &c, &d, &e};
-    for (unsigned i = 0; i < 5; ++i) v.setValue(*all[i], i);
+nvValue pair(V a, V b) {
+    nvVector v(2, false, true, false);
+    v.setValue(a, 0);
+    v.setValue(b, 1);
     return v;
 }
-nvValue pair(V a, V b) { return five(a, b, nvValue(), nvValue(), nvValue()); }
 
 template <class F>
 icphost::ScriptFunction fake(std::string name, F* body, std::size_t arity) {
@@ -46,7 +45,6 @@ const std::vector<icphost::ScriptFunction> functions = {
     fake("Count", &count, 0),
     fake("Echo", &echo, 1),
     fake("Pair", &pair, 2),
-    fake("Five", &five, 5),
     fake("Fail", &fail, 0),
     fake("ICPCOM Rec Cmd", &rec, 0),
     fake("ICPCOM Rec Cmd Stop", &stop, 0),
@@ -73,17 +71,13 @@ struct Case {
     const char* err;
 };
 
-// The first line of every fault: the lines under it (indented) show where
-// and what would fit; ErrorsShowWhereAndWhatFits checks those.
+// The first line of every fault: the indented lines under it show where and
+// what would fit; ErrorsShowWhereAndWhatFits checks those.
 std::string headlines(const std::string& err) {
+    std::istringstream in(err);
     std::string out;
-    std::size_t start = 0;
-    while (start < err.size()) {
-        const std::size_t end = err.find('\n', start);
-        const std::string line = err.substr(start, end - start + 1);
-        if (!line.starts_with("    ")) out += line;
-        start = end == std::string::npos ? err.size() : end + 1;
-    }
+    for (std::string line; std::getline(in, line);)
+        if (!line.starts_with("    ")) out += line + "\n";
     return out;
 }
 
@@ -113,29 +107,16 @@ TEST(Script, Literals) {
         {"# a comment\n\n   \t\n42 # after code\n\"#\" # two", "42\n\"#\"\n", ""},
         {"1\r\n2\r\n", "1\n2\n", ""},
         {"\xEF\xBB\xBFtrue", "true\n", ""},
-    });
-}
-
-TEST(Script, MalformedLiterals) {
-    check({
         {"9223372036854775808", "", "t.icp:1: integer out of the 64-bit range: 9223372036854775808\n"},
-        {"-9223372036854775809", "", "t.icp:1: integer out of the 64-bit range: -9223372036854775809\n"},
         {"0x8000000000000000", "", "t.icp:1: integer out of the 64-bit range: 0x8000000000000000\n"},
         {"1e999", "", "t.icp:1: real out of range: 1e999\n"},
         {"12ab", "", "t.icp:1: malformed number '12ab'\n"},
         {"0x", "", "t.icp:1: malformed number '0x'\n"},
-        {"0x1G", "", "t.icp:1: malformed number '0x1G'\n"},
         {"1e", "", "t.icp:1: malformed number '1e'\n"},
-        {"1.2.3", "", "t.icp:1: malformed number '1.2.3'\n"},
         {"-", "", "t.icp:1: expected a number after '-'\n"},
         {"- 1", "", "t.icp:1: expected a number after '-'\n"},
-        {"\"open", "", "t.icp:1: unterminated string\n"},
         {"\"open\\", "", "t.icp:1: unterminated string\n"},
-        {"\"tab\\t\"", "", "t.icp:1: unknown escape '\\t' in a string (\\n, \\\" and \\\\ are known)\n"},
         {"[1,]", "", "t.icp:1: expected an expression, found ']'\n"},
-        {"[1 2]", "", "t.icp:1: expected ',' or ']' in a vector, found '2]'\n"},
-        {"[1, 2", "", "t.icp:1: expected ',' or ']' in a vector, found end of line\n"},
-        {"42 43", "", "t.icp:1: unexpected '43' after the expression\n"},
         {"x = ", "", "t.icp:1: expected an expression, found end of line\n"},
         {"true = 1", "", "t.icp:1: cannot assign to 'true'\n"},
     });
@@ -145,9 +126,8 @@ TEST(Script, Calls) {
     check({
         {"Answer()\nAnswer ( )\n  Answer()  # spaced", "42\n42\n42\n", ""},
         {"Echo(\"x\")\nEcho([1, Echo(2)])", "\"x\"\n[1, 2]\n", ""},
-        {"Five(1, \"two\", 3.0, [4], null)", "[1, \"two\", 3.0, [4], null]\n", ""},
         // Arguments are evaluated from left to right.
-        {"Pair(Count(), Count())", "[1, 2, null, null, null]\n", ""},
+        {"Pair(Count(), Count())", "[1, 2]\n", ""},
         {"ICPCOM Rec Cmd Stop()\nICPCOM Rec Cmd()\nICPCOM Rec Cmd Stop ()", "true\n\"rec\"\ntrue\n", ""},
         {"Foo()", "", "t.icp:1: unknown function 'Foo'\n"},
         {"ICPCOM Rec Cmd Go(1)", "", "t.icp:1: unknown function 'ICPCOM Rec Cmd Go' (did you mean 'ICPCOM Rec Cmd'?)\n"},
@@ -156,20 +136,12 @@ TEST(Script, Calls) {
         {"answer()", "", "t.icp:1: unknown function 'answer' (did you mean 'Answer'?)\n"},
         {"Answer(1)", "", "t.icp:1: 'Answer' takes no arguments, 1 given\n"},
         {"Echo()", "", "t.icp:1: 'Echo' takes 1 argument, 0 given:\n"},
-        {"Pair(1, 2, 3)", "", "t.icp:1: 'Pair' takes 2 arguments, 3 given:\n"},
-        {"Echo(1", "", "t.icp:1: expected ',' or ')' in the arguments of 'Echo', found end of line\n"},
         {"Echo(1 # comment", "", "t.icp:1: expected ',' or ')' in the arguments of 'Echo', found end of line\n"},
         {"Answer", "", "t.icp:1: unknown variable 'Answer' (a function: call it as Answer())\n"},
         {"Fail()", "", "t.icp:1: 'Fail' failed: device on fire\n"},
-    });
-}
-
-// A faulty line is parsed to its end before anything runs: it calls nothing.
-TEST(Script, FaultyLineCallsNothing) {
-    check({
+        // A faulty line is parsed to its end before anything runs: it calls nothing.
         {"Count() )\nCount()", "1\n", "t.icp:1: unexpected ')' after the expression\n"},
         {"Pair(Count(), Foo())\nCount()", "1\n", "t.icp:1: unknown function 'Foo'\n"},
-        {"Pair(Count(), y)\nCount()", "1\n", "t.icp:1: unknown variable 'y'\n"},
         {"Pair(Count(), Echo())\nCount()", "1\n", "t.icp:1: 'Echo' takes 1 argument, 0 given:\n"},
     });
 }
@@ -177,7 +149,7 @@ TEST(Script, FaultyLineCallsNothing) {
 TEST(Script, Variables) {
     check({
         {"x = 5\nx\nx = \"five\"\nx", "5\n\"five\"\n", ""},
-        {"h=Echo(7)\nv = [h, Pair(h, h)]\nv", "[7, [7, 7, null, null, null]]\n", ""},
+        {"h=Echo(7)\nv = [h, Pair(h, h)]\nv", "[7, [7, 7]]\n", ""},
         // A name is a variable unless a call follows it.
         {"Answer = 1\nAnswer\nAnswer()", "1\n42\n", ""},
         {"nullity = 3\nnullity", "3\n", ""},
@@ -185,15 +157,9 @@ TEST(Script, Variables) {
         {"x = 1\nx = Fail()\nx\ny = Fail()\ny", "1\n",
          "t.icp:2: 'Fail' failed: device on fire\nt.icp:4: 'Fail' failed: device on fire\n"
          "t.icp:5: unknown variable 'y'\n"},
-    });
-}
-
-// Every faulty line is reported with its number and the next line runs.
-TEST(Script, FaultsNameTheirLineAndTheRunGoesOn) {
-    check({
+        // Blank and comment lines count; a call does not go on to the next line.
         {"Answer()\nFoo()\n\n# comment\nAnswer()\nEcho(\n1", "42\n42\n1\n",
-         "t.icp:2: unknown function 'Foo'\n"
-         "t.icp:6: expected an expression, found end of line\n"},
+         "t.icp:2: unknown function 'Foo'\nt.icp:6: expected an expression, found end of line\n"},
     });
 }
 
@@ -215,12 +181,9 @@ TEST(Script, HostileLinesFailAloneWithAShortMessage) {
         std::string err;
     } const cases[] = {
         {repeat("[", 257) + repeat("]", 257), "t.icp:1: brackets and calls nested deeper than 256\n"},
-        {repeat("Echo(", 9000) + "1" + repeat(")", 9000), "t.icp:1: brackets and calls nested deeper than 256\n"},
         {repeat("[Echo(", 100000), "t.icp:1: brackets and calls nested deeper than 256\n"},
         {std::string("Count()\0Fail()", 14), "t.icp:1: a NUL byte at column 8\n"},
-        {std::string("\0", 1), "t.icp:1: a NUL byte at column 1\n"},
         {name + "()", "t.icp:1: unknown function '" + clipped + "'\n"},
-        {name + " " + name + "(1)", "t.icp:1: unknown function '" + clipped + "'\n"},
         {name, "t.icp:1: unknown variable '" + clipped + "'\n"},
         {"1" + name, "t.icp:1: malformed number '1" + clipped.substr(1) + "'\n"},
         {"1" + std::string(100000, '0'), "t.icp:1: integer out of the 64-bit range: 1" + std::string(63, '0') + "...\n"},
@@ -250,74 +213,28 @@ TEST(Script, HostileLinesFailAloneWithAShortMessage) {
 // given a wrong argument count; the nearest names of an unknown one.
 TEST(Script, ErrorsShowWhereAndWhatFits) {
     const std::string long_line = "Echo(" + std::string(100, '1') + " 2)";
-    const struct {
-        std::string script, out, err;
-    } cases[] = {
-        {"[1 2]", "", "t.icp:1: expected ',' or ']' in a vector, found '2]'\n    [1 2]\n       ^\n"},
-        {"x = \"open", "", "t.icp:1: unterminated string\n    x = \"open\n        ^\n"},
-        {"\t42 43", "", "t.icp:1: unexpected '43' after the expression\n     42 43\n        ^\n"},
-        {"\"\xC3\xA9t\xC3\xA9\" 1", "", "t.icp:1: unexpected '1' after the expression\n    \"\xC3\xA9t\xC3\xA9\" 1\n          ^\n"},
-        {"Echo(\"\\q\")", "",
+    const std::pair<std::string, std::string> cases[] = {
+        {"[1 2]", "t.icp:1: expected ',' or ']' in a vector, found '2]'\n    [1 2]\n       ^\n"},
+        {"x = \"open", "t.icp:1: unterminated string\n    x = \"open\n        ^\n"},
+        {"\t42 43", "t.icp:1: unexpected '43' after the expression\n     42 43\n        ^\n"},
+        {"\"\xC3\xA9t\xC3\xA9\" 1", "t.icp:1: unexpected '1' after the expression\n    \"\xC3\xA9t\xC3\xA9\" 1\n          ^\n"},
+        {"Echo(\"\\q\")",
          "t.icp:1: unknown escape '\\q' in a string (\\n, \\\" and \\\\ are known)\n    Echo(\"\\q\")\n          ^\n"},
-        {long_line, "",
+        {long_line,
          "t.icp:1: integer out of the 64-bit range: " + std::string(64, '1') + "...\n"
          "    Echo(" + std::string(55, '1') + "...\n"
          "         ^\n"},
-        {"Pair(1)", "", "t.icp:1: 'Pair' takes 2 arguments, 1 given:\n    1. help\n    2. help\n"},
-        {"answr()", "", "t.icp:1: unknown function 'answr' (did you mean 'Answer'?)\n"},
-        {"ICPCOM_Rec_Cmd_Stop()", "", "t.icp:1: unknown function 'ICPCOM_Rec_Cmd_Stop' (did you mean 'ICPCOM Rec Cmd Stop'?)\n"},
-        {"Fiv(1)", "", "t.icp:1: unknown function 'Fiv' (did you mean 'Five'?)\n"},
-        {"Piar(1)", "", "t.icp:1: unknown function 'Piar' (did you mean 'Pair'?)\n"},
-        {"x = 1\ny", "", "t.icp:2: unknown variable 'y'\n"},
-        {"Zebra(1)", "", "t.icp:1: unknown function 'Zebra'\n"},
-        {"count = 1\ncuont", "", "t.icp:2: unknown variable 'cuont' (did you mean 'count'?)\n"},
+        {std::string(70, ' ') + "1 2" + std::string(70, ' ') + "3",
+         "t.icp:1: unexpected '2" + std::string(20, ' ') + "...' after the expression\n    ..." +
+             std::string(28, ' ') + "1 2" + std::string(29, ' ') + "...\n" + std::string(37, ' ') + "^\n"},
+        {"Pair(1)", "t.icp:1: 'Pair' takes 2 arguments, 1 given:\n    1. help\n    2. help\n"},
+        {"ICPCOM_Rec_Cmd_Stop()", "t.icp:1: unknown function 'ICPCOM_Rec_Cmd_Stop' (did you mean 'ICPCOM Rec Cmd Stop'?)\n"},
+        {"count = 1\ncuont", "t.icp:2: unknown variable 'cuont' (did you mean 'count'?)\n"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.script);
-        const auto r = run(c.script);
-        EXPECT_EQ(r.out, c.out);
-        EXPECT_EQ(r.err, c.err);
+        SCOPED_TRACE(c.first);
+        EXPECT_EQ(run(c.first).err, c.second);
     }
-    const auto middle = run(std::string(70, ' ') + "1 2" + std::string(70, ' ') + "3");
-    EXPECT_EQ(middle.err, "t.icp:1: unexpected '2" + std::string(20, ' ') + "...' after the expression\n"
-                          "    ..." + std::string(28, ' ') + "1 2" + std::string(29, ' ') + "...\n" +
-                          std::string(4 + 3 + 30, ' ') + "^\n");
-}
-
-TEST(Script, DirectivesGoToTheirHandler) {
-    std::ostringstream out, err;
-    icphost::Interpreter interpreter(functions, out, err);
-    EXPECT_EQ(interpreter.run("t.icp", ":time +1s\n"), 1u);
-    EXPECT_EQ(err.str(), "t.icp:1: directives are not taken here\n");
-    std::vector<std::string> seen;
-    interpreter.set_directive_handler([&](std::string_view d) {
-        if (d.starts_with("bad")) throw std::runtime_error("refused");
-        seen.emplace_back(d);
-    });
-    err.str("");
-    EXPECT_EQ(interpreter.run("t.icp", "  :time +1s\nAnswer()\n:bad\n"), 1u);
-    EXPECT_EQ(seen, std::vector<std::string>{"time +1s"});
-    EXPECT_EQ(out.str(), "42\n");
-    EXPECT_EQ(err.str(), "t.icp:3: refused\n");
-}
-
-TEST(Script, VariablesLiveFromOneRunToTheNext) {
-    std::ostringstream out, err;
-    icphost::Interpreter interpreter(functions, out, err);
-    EXPECT_EQ(interpreter.run("-e", "x = Echo(3)"), 0u);
-    EXPECT_FALSE(interpreter.failed());
-    EXPECT_EQ(interpreter.run("-e", "x\nbad("), 1u);
-    EXPECT_EQ(interpreter.run("-e", "x"), 0u);
-    EXPECT_TRUE(interpreter.failed());
-    EXPECT_EQ(out.str(), "3\n3\n");
-    EXPECT_EQ(err.str(), "-e:2: unknown function 'bad'\n");
-}
-
-TEST(Invoke, RefusesAnArgumentCountOtherThanTheArity) {
-    const std::vector<nvValue> two(2);
-    EXPECT_THROW(icphost::invoke(functions[2], two), std::invalid_argument);
-    EXPECT_THROW(icphost::invoke(functions[0], two), std::invalid_argument);
-    EXPECT_EQ(icphost::invoke(functions[3], two).size(), 5u);
 }
 
 }  // namespace

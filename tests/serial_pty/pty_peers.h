@@ -1,4 +1,4 @@
-// The two ends a test (or a benchmark) puts on a pseudo-terminal: `icphost
+// The two ends a test puts on a pseudo-terminal: `icphost
 // serve` in a child process, or a scripted peer in a thread.
 #pragma once
 
@@ -15,7 +15,6 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <vector>
 
 extern char** environ;
 
@@ -37,24 +36,19 @@ inline std::string read_until(int fd, char until_char, int ms) {
     return got;
 }
 
-// `icphost [--rig RIG] serve`, ended when this goes.
+// `icphost serve`, ended when this goes.
 class ServedPort {
 public:
-    explicit ServedPort(const std::string& rig = {}) {
+    ServedPort() {
         int out[2];
         if (::pipe(out) != 0) throw std::runtime_error("pipe");
-        std::vector<std::string> args{ICPHOST_FILE};
-        if (!rig.empty()) args.insert(args.end(), {"--rig", rig});
-        args.push_back("serve");
-        std::vector<char*> argv;
-        for (auto& a : args) argv.push_back(a.data());
-        argv.push_back(nullptr);
+        char* argv[] = {const_cast<char*>(ICPHOST_FILE), const_cast<char*>("serve"), nullptr};
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_adddup2(&actions, out[1], 1);
         posix_spawn_file_actions_addclose(&actions, out[0]);
         posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-        int spawned = posix_spawn(&pid_, ICPHOST_FILE, &actions, nullptr, argv.data(), environ);
+        const int spawned = posix_spawn(&pid_, ICPHOST_FILE, &actions, nullptr, argv, environ);
         posix_spawn_file_actions_destroy(&actions);
         ::close(out[1]);
         if (spawned == 0) device_ = read_until(out[0], '\n', 5000);
@@ -64,8 +58,7 @@ public:
     }
     ~ServedPort() {
         ::kill(pid_, SIGTERM);
-        int status = 0;
-        ::waitpid(pid_, &status, 0);
+        ::waitpid(pid_, nullptr, 0);
     }
     ServedPort(const ServedPort&) = delete;
     ServedPort& operator=(const ServedPort&) = delete;
