@@ -87,27 +87,6 @@ TEST(pacsdkLastError, BelongsToTheCallingThreadAndSurvivesSuccess) {
     uart_Close(h);
 }
 
-TEST(pacsdkErrorMessage, TextsFitTheBufferAndUnknownCodesHaveOne) {
-    pac_SetLastError(0);  // a failure's own message would stand for its code
-    struct {
-        uint32_t code;
-        const char* text;
-    } cases[] = {{PAC_ERR_SUCCESS, "No error"},
-                 {PAC_ERR_INVALID_SLOT_NUMBER, "Invalid slot number"},
-                 {2, "Unknown error"},
-                 {0xFFFFFFFF, "Unknown error"}};
-    for (const auto& c : cases) {
-        char buffer[64];
-        std::memset(buffer, 0x7E, sizeof buffer);
-        pac_GetErrorMessage(c.code, buffer);
-        EXPECT_STREQ(buffer, c.text) << c.code;
-        for (std::size_t i = 32; i < sizeof buffer; ++i) ASSERT_EQ(buffer[i], 0x7E) << c.code;
-    }
-#define PACSDK_TEXT_FITS(name, value, text) EXPECT_LE(std::strlen(text), 31u) << #name;
-    PACSDK_ERROR_TABLE(PACSDK_TEXT_FITS)
-#undef PACSDK_TEXT_FITS
-}
-
 // A trace line stays one line whatever the command or reply holds.
 TEST_F(pacsdkUart, ControlCharactersAreEscapedInTheLog) {
     PAC_HANDLE h = open();

@@ -59,29 +59,9 @@ TEST_F(usbioRig, ErrorsNameTheLineAndChangeNothing) {
     }
 }
 
-// Text the JSON parser alone would abort on or stop early at, and names of
-// any length (the reader is the PAC SDK rig's too: tests/pacsdk/rig_test.cpp
-// has the rest).
-TEST_F(usbioRig, HostileTextIsRefusedWithOneLineError) {
-    const std::string name(100000, 'A');
-    struct {
-        std::string text;
-        std::string error;
-    } const cases[] = {
-        {"{\"usb\": [], \"x\": -" + std::string(400, '9') + "}",
-         "line 1: number out of range: -" + std::string(63, '9') + "..."},
-        {"{\"usb\": []}\n" + std::string(1, '\0') + "{", "line 2: a NUL byte in the text"},
-        {"{\"usb\": [{\"board\": 1,\n \"model\": \"" + name + "\"}]}",
-         "line 2: unknown model \"" + name.substr(0, 64) + "...\""},
-        {"{\"usb\": [{\"model\": \"" + name, "line 1: syntax error while parsing value - invalid string: "
-                                               "missing closing quote; last read: '\"" + name.substr(0, 63) + "...'"},
-    };
-    for (const auto& c : cases) {
-        std::string error;
-        EXPECT_FALSE(usbsim::check_rig(c.text, &error));
-        EXPECT_EQ(error, c.error);
-    }
-    // The deepest nesting allowed still reads; a fault after it is found by line.
+// The reader is the PAC SDK rig's too (tests/pacsdk/rig_test.cpp has the
+// hostile texts): the deepest nesting allowed still reads.
+TEST_F(usbioRig, DeepestNestingStillReads) {
     const std::string deepest = std::string(255, '[') + std::string(255, ']');
     std::string error;
     EXPECT_TRUE(usbsim::check_rig("{\"x\": " + deepest + ", \"usb\": []}", &error)) << error;
