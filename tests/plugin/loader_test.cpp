@@ -2,7 +2,6 @@
 // loader, its export table read, its entry points called through the table.
 #include <gtest/gtest.h>
 
-#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -42,24 +41,6 @@ TEST_F(Loader, ExportTableHoldsTheCatalogueAndNothingElse) {
     const std::multiset<std::string> actual(exports.begin(), exports.end());
     EXPECT_EQ(actual, expected);
     EXPECT_EQ(actual.size(), 3 * icp::catalogue().size() + 2);
-}
-
-// Every body comes with both companions, and what the library's companions
-// say is what the catalogue holds.
-TEST_F(Loader, EveryFunctionIsOfferedWithItsNameAndHelpRecord) {
-    EXPECT_EQ(plugin_->problems(), std::vector<std::string>{});
-    std::map<std::string, const icphost::ScriptFunction*> offered;
-    for (const auto& f : plugin_->functions()) offered[f.export_name] = &f;
-    const auto all = icp::catalogue();
-    EXPECT_EQ(offered.size(), all.size());
-    for (const icp::Function* f : all) {
-        SCOPED_TRACE(f->export_name);
-        const auto it = offered.find(f->export_name);
-        ASSERT_NE(it, offered.end());
-        EXPECT_EQ(it->second->name, f->script_name);
-        EXPECT_EQ(it->second->help, std::vector<std::string>(f->help.begin(), f->help.end()));
-        EXPECT_EQ(it->second->arity(), f->arity());
-    }
 }
 
 TEST_F(Loader, FrameEntryPointsThroughTheExportTable) {

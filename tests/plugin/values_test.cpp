@@ -1,7 +1,6 @@
 // Edges of the value vocabulary that no body's result shows: the narrowing
-// of reals at the float range's edge, channels beyond the SDK's width,
-// vectors that do not fit, buffers without a terminating zero, and the
-// flags the host's constructors receive.
+// of reals at the float range's edge, vectors that do not fit, buffers
+// without a terminating zero, and the flags the host's constructors receive.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -43,14 +42,6 @@ TEST(Values, RealsNarrowToTheNearestFloat) {
         EXPECT_EQ(icp::arg::element::real32(icp::make::real(c.x)), c.expected);
     }
     EXPECT_TRUE(std::isnan(icp::to_float(std::numeric_limits<double>::quiet_NaN())));
-}
-
-// 0 <= channel < total, with no truncation to the SDK's width first.
-TEST(Values, ChannelBounds) {
-    for (int channel : {8, -1, 256, 264, -2147483647 - 1})
-        EXPECT_EQ(icp::arg::channel(icp::make::integer(channel), 8), std::nullopt) << channel;
-    EXPECT_EQ(icp::arg::channel(icp::make::integer(7), 8), 7u);
-    EXPECT_EQ(icp::arg::channel(icp::make::integer(0), 0), std::nullopt);
 }
 
 // Exactly `total` numbers in a Vector (not a Matrix) that fit the fixed
