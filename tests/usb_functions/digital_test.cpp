@@ -76,16 +76,5 @@ TEST(UsbDigital, PowerOnEnables) {
     }
 }
 
-// The fourth channel fails: the loop stops there, channels 0 to 2 stay set.
-TEST(UsbDigital, PowerOnMaskStopsAtTheFirstFailure) {
-    const nvValue h = fresh("USB2055", 3);
-    usbsim::fail_next("DO_SetPowerOnEnable", 0x10100, 1, 3);
-    EXPECT_TRUE(icpusb_do_setpoweronenables(h, word(0xFFFFFFFF)).isNull());
-    EXPECT_EQ(icp::usb_last_error, 0x10100);
-    EXPECT_EQ(usbsim::calls().size(), 5u);
-    const auto enables = usbsim::module_state(0x437, 3)->do_power_on;
-    EXPECT_EQ((std::vector<int>(enables.begin(), enables.begin() + 5)), (std::vector<int>{1, 1, 1, 0, 0}));
-}
-
 }  // namespace
 }  // namespace usbtest
