@@ -14,7 +14,6 @@
 // Options: --plugin PATH, --rig FILE (JSON), --trace.
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <sstream>
@@ -42,15 +41,6 @@ namespace {
 // Exit statuses besides 0 (success) and CLI11's own for a bad command line.
 constexpr int kStatementFailed = 1;
 constexpr int kSetupFailed = 2;
-
-bool read_file(const std::string& path, std::string* text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    *text = buffer.str();
-    return !in.bad();
-}
 
 bool stdin_is_terminal() {
 #if defined(_WIN32)
@@ -137,7 +127,7 @@ int main(int argc, char** argv) {
         buffer << std::cin.rdbuf();
         script = buffer.str();
         script_path = "-";
-    } else if (run_cmd->parsed() && !read_file(script_path, &script)) {
+    } else if (run_cmd->parsed() && !icphost::read_file(script_path, &script)) {
         std::cerr << "icphost: cannot read " << script_path << '\n';
         return kSetupFailed;
     }

@@ -279,6 +279,8 @@ void print_trace(const char* line, void* context) {
     *static_cast<std::ostream*>(context) << line << '\n' << std::flush;
 }
 
+}  // namespace
+
 bool read_file(const std::string& path, std::string* text) {
     std::ifstream in(path, std::ios::binary);
     if (!in) return false;
@@ -287,8 +289,6 @@ bool read_file(const std::string& path, std::string* text) {
     *text = buffer.str();
     return !in.bad();
 }
-
-}  // namespace
 
 bool load_rig(const std::string& path, std::string* error) {
     if (path.empty()) {

@@ -19,6 +19,9 @@
 
 namespace icphost {
 
+// The whole of a file, byte for byte; false when it cannot be read.
+bool read_file(const std::string& path, std::string* text);
+
 // Loads both simulators from a JSON rig file, or the built-in rig for an
 // empty path. Both check the whole text before either loads anything, so a
 // faulty rig leaves the rig as it was. On a fault: false and *error.
