@@ -27,8 +27,8 @@ icphost::ScriptFunction function(const char* name, Fn fn, std::size_t arity) {
     icphost::ScriptFunction f;
     f.export_name = name;
     f.name = name;
-    f.help = {"help", "result"};
-    for (std::size_t i = 0; i < arity; ++i) f.help.push_back("parameter");
+    f.record = {"help", "result"};
+    for (std::size_t i = 0; i < arity; ++i) f.record.push_back("parameter");
     f.entry = reinterpret_cast<icphost::ScriptFunction::Entry>(fn);
     return f;
 }

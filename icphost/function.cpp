@@ -2,7 +2,8 @@
 
 #include <stdexcept>
 #include <string_view>
-#include <unordered_set>
+#include <algorithm>
+#include <unordered_map>
 
 namespace icphost {
 
@@ -18,6 +19,29 @@ Fn as(ScriptFunction::Entry entry) {
 }
 
 }  // namespace
+
+const std::vector<std::string>& ScriptFunction::help() const {
+    if (describe == nullptr) return record;
+    std::vector<std::string> items;
+    std::string problem;
+    try {
+        const nvValue r = describe();
+        const unsigned n = r.isVector() ? r.size() : 0;
+        if (n < 2 || n - 2 > max_arity) {
+            problem = export_name + "Description returned " + r.repr() + ", not a help record of 2 to " +
+                      std::to_string(max_arity + 2) + " items";
+        } else {
+            items.reserve(n);
+            for (unsigned i = 0; i < n; ++i) items.push_back(r.value(i).toString());
+        }
+    } catch (const std::exception& e) {
+        problem = export_name + ": a companion failed: " + e.what();
+    }
+    if (!problem.empty()) throw std::runtime_error(problem);
+    record = std::move(items);
+    describe = nullptr;
+    return record;
+}
 
 nvValue invoke(const ScriptFunction& function, std::span<const nvValue> args) {
     if (args.size() != function.arity())
@@ -43,12 +67,24 @@ nvValue invoke(const ScriptFunction& function, std::span<const nvValue> args) {
     }
 }
 
-std::vector<std::string> find_triples(const std::vector<std::string>& exports) {
-    const std::unordered_set<std::string_view> names(exports.begin(), exports.end());
-    std::vector<std::string> out;
-    for (const auto& x : exports) {
-        if (names.contains(x + "Name") && names.contains(x + "Description")) out.push_back(x);
+std::vector<Triple> find_triples(const std::vector<std::string>& exports) {
+    constexpr std::string_view name_suffix = "Name", description_suffix = "Description";
+    std::unordered_map<std::string_view, std::size_t> position;
+    position.reserve(exports.size());
+    for (std::size_t i = 0; i < exports.size(); ++i) position.emplace(exports[i], i);
+    std::vector<Triple> out;
+    std::string name;
+    // Every triple has its X + "Description": only those names are looked at.
+    for (std::size_t d = 0; d < exports.size(); ++d) {
+        std::string_view x = exports[d];
+        if (!x.ends_with(description_suffix)) continue;
+        x.remove_suffix(description_suffix.size());
+        const auto body = position.find(x);
+        if (body == position.end()) continue;
+        const auto companion = position.find(name.assign(x).append(name_suffix));
+        if (companion != position.end()) out.push_back({body->second, companion->second, d});
     }
+    std::ranges::sort(out, {}, &Triple::body);
     return out;
 }
 

@@ -19,15 +19,23 @@ inline constexpr std::size_t max_arity = 5;
 struct ScriptFunction {
     // An entry point of unknown signature; invoke() gives it its real one.
     using Entry = void (*)();
+    using Companion = nvValue (*)();
 
     std::string export_name;  // "plugin_icp_loaded"
     std::string name;         // "ICP_Loaded"; may hold single blanks
-    // Help text, result description, one description per parameter.
-    std::vector<std::string> help;
     Entry entry = nullptr;
+    // XDescription, asked on the first need of the help record: a script
+    // pays only for the functions it calls.
+    mutable Companion describe = nullptr;
+    // Help text, result description, one description per parameter.
+    mutable std::vector<std::string> record;
 
+    // The help record, read once. Throws std::runtime_error, naming the
+    // export, when the companion fails or returns something that is not a
+    // record of 2 to max_arity + 2 texts.
+    const std::vector<std::string>& help() const;
     // A record of fewer than two items announces no arguments.
-    std::size_t arity() const { return help.size() < 2 ? 0 : help.size() - 2; }
+    std::size_t arity() const { return help().size() < 2 ? 0 : help().size() - 2; }
 };
 
 // Calls the body with exactly args.size() `const nvValue&` parameters.
@@ -35,8 +43,13 @@ struct ScriptFunction {
 // or exceeds max_arity. Whatever the body throws passes through.
 nvValue invoke(const ScriptFunction& function, std::span<const nvValue> args);
 
+// Positions in an export list of a body X and its companions.
+struct Triple {
+    std::size_t body, name, description;
+};
+
 // The names X of `exports` that come with both X + "Name" and
-// X + "Description", in the order of `exports`.
-std::vector<std::string> find_triples(const std::vector<std::string>& exports);
+// X + "Description", in the order of their bodies in `exports`.
+std::vector<Triple> find_triples(const std::vector<std::string>& exports);
 
 }  // namespace icphost

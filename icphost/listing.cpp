@@ -270,8 +270,8 @@ std::string did_you_mean(const std::vector<std::string>& names) {
 
 std::vector<std::string> parameter_lines(const ScriptFunction& f) {
     std::vector<std::string> lines;
-    for (std::size_t i = 2; i < f.help.size(); ++i)
-        lines.push_back(std::to_string(i - 1) + ". " + first_line(f.help[i]));
+    for (std::size_t i = 2; i < f.help().size(); ++i)
+        lines.push_back(std::to_string(i - 1) + ". " + first_line(f.help()[i]));
     if (lines.empty()) lines.emplace_back("no parameters");
     return lines;
 }
@@ -299,10 +299,10 @@ void print_help(std::ostream& out, const ScriptFunction& f) {
         << (n == 0 ? std::string("no parameters")
                    : std::to_string(n) + (n == 1 ? " parameter" : " parameters"))
         << ")\n";
-    if (!f.help.empty()) labelled(out, "", f.help[0], 2);
-    if (f.help.size() > 1) labelled(out, "  Result:", f.help[1]);
-    for (std::size_t i = 2; i < f.help.size(); ++i)
-        labelled(out, "  Parameter " + std::to_string(i - 1) + ":", f.help[i]);
+    if (!f.help().empty()) labelled(out, "", f.help()[0], 2);
+    if (f.help().size() > 1) labelled(out, "  Result:", f.help()[1]);
+    for (std::size_t i = 2; i < f.help().size(); ++i)
+        labelled(out, "  Parameter " + std::to_string(i - 1) + ":", f.help()[i]);
 }
 
 void print_functions(std::ostream& out, std::span<const ScriptFunction* const> functions) {
@@ -318,7 +318,7 @@ void print_summary(std::ostream& out, std::span<const ScriptFunction* const> fun
     by_group(out, functions, [&](const ScriptFunction& f, bool) {
         std::string name = f.name;
         name.resize(width + 2, ' ');
-        out << "  " << name << to_utf8(f.help.empty() ? "" : first_line(f.help[0])) << '\n';
+        out << "  " << name << to_utf8(f.help().empty() ? "" : first_line(f.help()[0])) << '\n';
     });
 }
 
@@ -341,10 +341,10 @@ void print_functions_markdown(std::ostream& out, std::span<const ScriptFunction*
             group = g;
         }
         out << "\n### `" << to_utf8(f->name) << "`\n\n";
-        if (!f->help.empty() && !f->help[0].empty()) out << markdown(f->help[0]) << "\n\n";
-        for (std::size_t i = 2; i < f->help.size(); ++i)
-            out << "- Parameter " << i - 1 << ": " << markdown(f->help[i]) << '\n';
-        if (f->help.size() > 1) out << "- Result: " << markdown(f->help[1]) << '\n';
+        if (!f->help().empty() && !f->help()[0].empty()) out << markdown(f->help()[0]) << "\n\n";
+        for (std::size_t i = 2; i < f->help().size(); ++i)
+            out << "- Parameter " << i - 1 << ": " << markdown(f->help()[i]) << '\n';
+        if (f->help().size() > 1) out << "- Result: " << markdown(f->help()[1]) << '\n';
         out << "- Export: `" << to_utf8(f->export_name) << "`\n";
     }
 }
@@ -354,7 +354,7 @@ void print_functions_json(std::ostream& out, std::span<const ScriptFunction* con
     for (std::size_t i = 0; i < functions.size(); ++i) {
         const auto& f = *functions[i];
         auto help = nlohmann::ordered_json::array();
-        for (const auto& item : f.help) help.push_back(to_utf8(item));
+        for (const auto& item : f.help()) help.push_back(to_utf8(item));
         const nlohmann::ordered_json record = {
             {"export", to_utf8(f.export_name)},
             {"name", to_utf8(f.name)},

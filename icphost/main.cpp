@@ -148,6 +148,9 @@ int main(int argc, char** argv) {
         std::cerr << "icphost: " << e.what() << '\n';
         return kSetupFailed;
     }
+    // Listings and the session show help records; a script reads only those
+    // of the functions it calls.
+    if (functions_cmd->parsed() || help_cmd->parsed() || session) plugin->describe_all();
     for (const auto& problem : plugin->problems())
         std::cerr << "icphost: warning: " << problem << '\n';
     if (plugin->functions().empty())

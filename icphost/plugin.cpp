@@ -247,65 +247,54 @@ ScriptFunction::Entry Plugin::symbol(const std::string& name) const {
 }
 
 void Plugin::discover() {
-    using Companion = nvValue (*)();
+    using Companion = ScriptFunction::Companion;
     // Placed exports are found in the table; otherwise by name in the library.
-    std::unordered_map<std::string_view, ScriptFunction::Entry> placed;
-    if (addresses_.size() == exports_.size()) {
-        placed.reserve(exports_.size());
-        for (std::size_t i = 0; i < exports_.size(); ++i) placed.emplace(exports_[i], addresses_[i]);
-    }
-    std::string key;  // one buffer for every companion's name
-    const auto address = [&](const std::string& x, const char* suffix) -> ScriptFunction::Entry {
-        key.assign(x).append(suffix);
-        if (placed.empty()) return symbol(key);
-        const auto it = placed.find(key);
-        return it == placed.end() ? nullptr : it->second;
-    };
-    std::unordered_map<std::string, std::string> taken;  // script name -> export
-    // With the table at hand, an export whose two companions are placed is a
-    // triple; otherwise the names alone tell.
-    const bool by_table = !placed.empty();
-    const auto triples = by_table ? std::vector<std::string>{} : find_triples(exports_);
-    for (const auto& x : by_table ? exports_ : triples) {
+    const bool placed = addresses_.size() == exports_.size();
+    const auto address = [&](std::size_t i) { return placed ? addresses_[i] : symbol(exports_[i]); };
+    const auto triples = find_triples(exports_);
+    functions_.reserve(triples.size());  // the names in `taken` stay where they are
+    std::unordered_map<std::string_view, const std::string*> taken;  // script name -> export
+    for (const auto& t : triples) {
+        const std::string& x = exports_[t.body];
         ScriptFunction f;
         f.export_name = x;
-        f.entry = address(x, "");
-        const auto name_fn = reinterpret_cast<Companion>(address(x, "Name"));
-        const auto description_fn = reinterpret_cast<Companion>(address(x, "Description"));
-        if (by_table && (name_fn == nullptr || description_fn == nullptr)) continue;
-        if (f.entry == nullptr || name_fn == nullptr || description_fn == nullptr) {
+        f.entry = address(t.body);
+        const auto name_fn = reinterpret_cast<Companion>(address(t.name));
+        f.describe = reinterpret_cast<Companion>(address(t.description));
+        if (f.entry == nullptr || name_fn == nullptr || f.describe == nullptr) {
             problems_.push_back(x + ": an export cannot be resolved");
             continue;
         }
         try {
             const nvValue name = name_fn();
-            const nvValue record = description_fn();
             if (!name.isString() || name.toString().empty()) {
                 problems_.push_back(x + "Name returned " + name.repr() + ", not a name");
                 continue;
             }
-            const unsigned items = record.isVector() ? record.size() : 0;
-            if (items < 2 || items - 2 > max_arity) {
-                problems_.push_back(x + "Description returned " + record.repr() +
-                                    ", not a help record of 2 to " +
-                                    std::to_string(max_arity + 2) + " items");
-                continue;
-            }
             f.name = name.toString();
-            f.help.reserve(items);
-            for (unsigned i = 0; i < items; ++i) f.help.push_back(record.value(i).toString());
         } catch (const std::exception& e) {
             problems_.push_back(x + ": a companion failed: " + e.what());
             continue;
         }
-        const auto [seen, fresh] = taken.emplace(f.name, x);
-        if (!fresh) {
-            problems_.push_back(x + ": script name '" + f.name + "' is already that of " +
-                                seen->second);
+        if (const auto seen = taken.find(f.name); seen != taken.end()) {
+            problems_.push_back(x + ": script name '" + f.name + "' is already that of " + *seen->second);
             continue;
         }
         functions_.push_back(std::move(f));
+        taken.emplace(functions_.back().name, &x);
     }
+}
+
+void Plugin::describe_all() {
+    std::erase_if(functions_, [&](const ScriptFunction& f) {
+        try {
+            f.help();
+            return false;
+        } catch (const std::exception& e) {
+            problems_.push_back(e.what());
+            return true;
+        }
+    });
 }
 
 std::filesystem::path executable_directory() {

@@ -32,6 +32,9 @@ public:
     const std::vector<ScriptFunction>& functions() const { return functions_; }
     // Triples that could not be taken as script functions, one line each.
     const std::vector<std::string>& problems() const { return problems_; }
+    // Reads every help record now (a listing needs them all), dropping the
+    // functions whose record is unusable and saying why in problems().
+    void describe_all();
 
     // The address of an exported name; null when there is none.
     ScriptFunction::Entry symbol(const std::string& name) const;

@@ -33,7 +33,38 @@ TEST(Discovery, TakesExportsThatHaveBothCompanionsInTableOrder) {
         {{}, {}},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(icphost::find_triples(c.exports), c.functions);
+        Names found;
+        for (const auto& t : icphost::find_triples(c.exports)) {
+            EXPECT_EQ(c.exports[t.name], c.exports[t.body] + "Name");
+            EXPECT_EQ(c.exports[t.description], c.exports[t.body] + "Description");
+            found.push_back(c.exports[t.body]);
+        }
+        EXPECT_EQ(found, c.functions);
+    }
+}
+
+// A help record is read on first need; one that cannot be read leaves the
+// function unusable, with the reason, every time it is asked for.
+TEST(Discovery, UnreadableHelpRecordIsAnErrorWhenNeeded) {
+    using namespace NuvarelMath::ValueTypes;
+    struct Case {
+        icphost::ScriptFunction::Companion describe;
+        std::string error;
+    };
+    const Case cases[] = {
+        {[] { return nvValue(nvInteger(3)); }, "fDescription returned 3, not a help record of 2 to 7 items"},
+        {[]() -> nvValue { throw std::runtime_error("no record"); }, "f: a companion failed: no record"},
+    };
+    for (const auto& c : cases) {
+        const icphost::ScriptFunction f{.export_name = "f", .name = "F", .describe = c.describe, .record = {}};
+        for (int time = 0; time < 2; ++time) {
+            try {
+                f.arity();
+                ADD_FAILURE() << c.error;
+            } catch (const std::runtime_error& e) {
+                EXPECT_EQ(e.what(), c.error);
+            }
+        }
     }
 }
 
@@ -83,8 +114,8 @@ TEST(Listing, EightBitTextBecomesUtf8) {
 // One record a line, texts in UTF-8.
 TEST(Listing, JsonHasOneRecordPerFunctionInOrder) {
     const icphost::ScriptFunction functions[] = {
-        {.export_name = "plugin_icp_loaded", .name = "ICP_Loaded", .help = {"Is ICP plugin loaded", "Boolean"}},
-        {.export_name = "a_b", .name = "A b", .help = {"Say \"stop\"\nat 25 \xB0""C"}}};
+        {.export_name = "plugin_icp_loaded", .name = "ICP_Loaded", .record = {"Is ICP plugin loaded", "Boolean"}},
+        {.export_name = "a_b", .name = "A b", .record = {"Say \"stop\"\nat 25 \xB0""C"}}};
     std::ostringstream out;
     icphost::print_functions_json(out, std::vector<const icphost::ScriptFunction*>{&functions[0], &functions[1]});
     EXPECT_EQ(out.str(), "[\n{\"export\":\"plugin_icp_loaded\",\"name\":\"ICP_Loaded\",\"help\":[\"Is ICP plugin loaded\",\"Boolean\"]},\n"

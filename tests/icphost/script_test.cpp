@@ -35,7 +35,7 @@ icphost::ScriptFunction fake(std::string name, F* body, std::size_t arity) {
     icphost::ScriptFunction f;
     f.name = std::move(name);
     f.export_name = "fake_" + std::to_string(arity);
-    f.help.assign(arity + 2, "help");
+    f.record.assign(arity + 2, "help");
     f.entry = reinterpret_cast<icphost::ScriptFunction::Entry>(body);
     return f;
 }
