@@ -8,6 +8,7 @@
 #include <memory>
 
 #if defined(ICPHOST_HAVE_LIBEDIT)
+#  include <dlfcn.h>
 #  include <histedit.h>
 #endif
 
@@ -128,37 +129,82 @@ private:
 
 #if defined(ICPHOST_HAVE_LIBEDIT)
 
+// libedit is opened when a session on a terminal starts: scripts start
+// without loading it, and where it is missing the session reads plain lines.
+struct Libedit {
+    decltype(&::el_init) el_init;
+    decltype(&::el_end) el_end;
+    decltype(&::el_set) el_set;
+    decltype(&::el_get) el_get;
+    decltype(&::el_gets) el_gets;
+    decltype(&::el_line) el_line;
+    decltype(&::el_insertstr) el_insertstr;
+    decltype(&::el_deletestr) el_deletestr;
+    decltype(&::history_init) history_init;
+    decltype(&::history_end) history_end;
+    decltype(&::history) history;
+
+    // Null when the library or one of its functions is missing. It stays
+    // loaded: libedit keeps what EL_ADDFN gave it until the process ends.
+    static const Libedit* open() {
+        static const Libedit* const lib = [] () -> const Libedit* {
+            void* handle = dlopen(ICPHOST_LIBEDIT_SONAME, RTLD_NOW | RTLD_LOCAL);
+            if (handle == nullptr) return nullptr;
+            static Libedit l;
+            bool found = true;
+            const auto bind = [&](auto& fn, const char* name) {
+                fn = reinterpret_cast<std::remove_reference_t<decltype(fn)>>(dlsym(handle, name));
+                found = found && fn != nullptr;
+            };
+            bind(l.el_init, "el_init");
+            bind(l.el_end, "el_end");
+            bind(l.el_set, "el_set");
+            bind(l.el_get, "el_get");
+            bind(l.el_gets, "el_gets");
+            bind(l.el_line, "el_line");
+            bind(l.el_insertstr, "el_insertstr");
+            bind(l.el_deletestr, "el_deletestr");
+            bind(l.history_init, "history_init");
+            bind(l.history_end, "history_end");
+            bind(l.history, "history");
+            return found ? &l : nullptr;
+        }();
+        return lib;
+    }
+};
+
 // libedit: emacs key bindings, history kept in a file, Tab completion.
 class EditReader : public LineReader {
 public:
     using Completer = std::function<Completion(std::string_view)>;
 
-    EditReader(const char* program, std::string history_file, Completer completer, std::ostream& out)
-        : history_file_(std::move(history_file)), completer_(std::move(completer)), out_(out) {
-        history_ = history_init();
+    EditReader(const Libedit& lib, const char* program, std::string history_file, Completer completer,
+               std::ostream& out)
+        : lib_(lib), history_file_(std::move(history_file)), completer_(std::move(completer)), out_(out) {
+        history_ = lib_.history_init();
         HistEvent ev;
-        history(history_, &ev, H_SETSIZE, 1000);
-        history(history_, &ev, H_SETUNIQUE, 1);
-        if (!history_file_.empty()) history(history_, &ev, H_LOAD, history_file_.c_str());
-        el_ = el_init(program, stdin, stdout, stderr);
-        el_set(el_, EL_CLIENTDATA, this);
-        el_set(el_, EL_PROMPT, +[](EditLine*) { return const_cast<char*>(prompt_text); });
-        el_set(el_, EL_EDITOR, "emacs");
-        el_set(el_, EL_SIGNAL, 1);
-        el_set(el_, EL_HIST, history, history_);
-        el_set(el_, EL_ADDFN, "icphost-complete", "Complete a function or variable name", &complete_key);
-        el_set(el_, EL_BIND, "^I", "icphost-complete", nullptr);
+        lib_.history(history_, &ev, H_SETSIZE, 1000);
+        lib_.history(history_, &ev, H_SETUNIQUE, 1);
+        if (!history_file_.empty()) lib_.history(history_, &ev, H_LOAD, history_file_.c_str());
+        el_ = lib_.el_init(program, stdin, stdout, stderr);
+        lib_.el_set(el_, EL_CLIENTDATA, this);
+        lib_.el_set(el_, EL_PROMPT, +[](EditLine*) { return const_cast<char*>(prompt_text); });
+        lib_.el_set(el_, EL_EDITOR, "emacs");
+        lib_.el_set(el_, EL_SIGNAL, 1);
+        lib_.el_set(el_, EL_HIST, lib_.history, history_);
+        lib_.el_set(el_, EL_ADDFN, "icphost-complete", "Complete a function or variable name", &complete_key);
+        lib_.el_set(el_, EL_BIND, "^I", "icphost-complete", nullptr);
     }
     ~EditReader() override {
-        el_end(el_);
-        history_end(history_);
+        lib_.el_end(el_);
+        lib_.history_end(history_);
     }
     EditReader(const EditReader&) = delete;
     EditReader& operator=(const EditReader&) = delete;
 
     bool read(std::string* line) override {
         int count = 0;
-        const char* text = el_gets(el_, &count);
+        const char* text = lib_.el_gets(el_, &count);
         if (text == nullptr || count <= 0) {
             out_ << '\n' << std::flush;
             return false;
@@ -167,8 +213,8 @@ public:
         while (!line->empty() && (line->back() == '\n' || line->back() == '\r')) line->pop_back();
         if (!trim(*line).empty()) {
             HistEvent ev;
-            history(history_, &ev, H_ENTER, line->c_str());
-            if (!history_file_.empty()) history(history_, &ev, H_SAVE, history_file_.c_str());
+            lib_.history(history_, &ev, H_ENTER, line->c_str());
+            if (!history_file_.empty()) lib_.history(history_, &ev, H_SAVE, history_file_.c_str());
         }
         return true;
     }
@@ -176,19 +222,19 @@ public:
 private:
     static unsigned char complete_key(EditLine* el, int) {
         void* self = nullptr;
-        el_get(el, EL_CLIENTDATA, &self);
+        Libedit::open()->el_get(el, EL_CLIENTDATA, &self);
         return static_cast<EditReader*>(self)->complete_line();
     }
 
     unsigned char complete_line() {
-        const LineInfo* info = el_line(el_);
+        const LineInfo* info = lib_.el_line(el_);
         const std::string_view before(info->buffer, static_cast<std::size_t>(info->cursor - info->buffer));
         const Completion c = completer_(before);
         if (c.candidates.empty()) return CC_REFRESH_BEEP;
         const std::string_view typed = before.substr(before.size() - c.replaces);
         if (c.text != typed) {
-            el_deletestr(el_, static_cast<int>(c.replaces));
-            el_insertstr(el_, c.text.c_str());
+            lib_.el_deletestr(el_, static_cast<int>(c.replaces));
+            lib_.el_insertstr(el_, c.text.c_str());
             return CC_REFRESH;
         }
         // Nothing to add: show what there is to choose from.
@@ -207,6 +253,7 @@ private:
         return CC_REDISPLAY;
     }
 
+    const Libedit& lib_;
     std::string history_file_;
     Completer completer_;
     std::ostream& out_;
@@ -308,11 +355,11 @@ int run_session(std::span<const ScriptFunction> functions, Interpreter& interpre
     interpreter.set_printer(&print_value);
     std::unique_ptr<LineReader> reader;
 #if defined(ICPHOST_HAVE_LIBEDIT)
-    if (settings.terminal) {
+    if (const Libedit* lib = settings.terminal ? Libedit::open() : nullptr) {
         auto completer = [&](std::string_view before) {
             return complete(before, functions, interpreter.variable_names(), settings.directives);
         };
-        reader = std::make_unique<EditReader>("icphost", settings.history, completer, out);
+        reader = std::make_unique<EditReader>(*lib, "icphost", settings.history, completer, out);
     }
 #endif
     if (!reader) reader = std::make_unique<PlainReader>(settings.terminal, out);
