@@ -18,13 +18,10 @@
 
 namespace {
 
-// icphost in a terminal of its own, with its history in `history`.
 class Terminal {
 public:
     explicit Terminal(const std::filesystem::path& history) {
-        winsize size{};
-        size.ws_row = 40;
-        size.ws_col = 100;
+        winsize size{.ws_row = 40, .ws_col = 100, .ws_xpixel = 0, .ws_ypixel = 0};
         pid_ = forkpty(&fd_, nullptr, nullptr, &size);
         if (pid_ == 0) {
             setenv("ICPHOST_HISTORY", history.c_str(), 1);
