@@ -44,7 +44,6 @@ constexpr PAC_DWORD out_of_range = PAC_ERR_IO_VALUE_OUT_OF_RANGE;
 
 TEST_F(Serial, EachCallSaysOnTheLineWhatTheCommandSetSays) {
     const Row rows[] = {
-        // Module I/O.
         {"ICPCOM_AI_Read", {1, 2, 8}, real(1.5), 0,
          {"dcon> #012", "dcon< >+01.500", "pac_ReadAI(port#1, 4097, 2, 8) -> 1"}},
         {"ICPCOM_AI_Read", {1, 8, 8}, no, PAC_ERR_IO_CHANNEL_OUT_OF_RANGE, {"pac_ReadAI(port#1, 4097, 8, 8) -> 0"}},
@@ -103,7 +102,6 @@ TEST_F(Serial, EachCallSaysOnTheLineWhatTheCommandSetSays) {
          {"pac_SetModuleWDTConfig(port#1, 4099, 1, 4294967295, 0) -> 0"}},
         {"ICPCOM_ResetWDT", {3}, yes, 0, {"dcon> ~031", "dcon< !03", "pac_ResetModuleWDT(port#1, 4099) -> 1"}},
         {"ICPCOM_RefreshWDT", {3}, yes, 0, {"dcon> ~**", "pac_RefreshModuleWDT(port#1, 4099) -> 1"}},
-        // PWM.
         {"ICPCOM_SetPWMDuty", {0x1004, 65537, 0.1}, yes, 0,
          {"dcon> $04C1D00.1", "dcon< !0400.1", "pac_SetPWMDuty(port#1, 4100, 1, 0.10000000149011612) -> 1"}},
         {"ICPCOM_SetPWMDuty", {4, 0, 100.0}, no, out_of_range, {"pac_SetPWMDuty(port#1, 4100, 0, 100.0) -> 0"}},

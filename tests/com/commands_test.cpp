@@ -29,7 +29,7 @@ TEST_F(Serial, SendCmdTakesOneToNineteenCharacters) {
         pacsim::clear_calls();
         pac_SetLastError(99);
         expect_same(icpcom_sendcmd(port, str(c.command)), c.reply);
-        EXPECT_EQ(sent(), c.on_the_wire);
+        EXPECT_EQ(logged("dcon> "), c.on_the_wire);
         EXPECT_EQ(pac_GetLastError(), c.error);
     }
 }
@@ -77,7 +77,7 @@ TEST_F(Serial, ExecSendsEachElementThroughSendCmd) {
         pacsim::clear_calls();
         pac_SetLastError(99);
         expect_same(icpcom_rec_cmd_exec(port, c.commands), boolean(true));
-        EXPECT_EQ(sent(), c.on_the_wire);
+        EXPECT_EQ(logged("dcon> "), c.on_the_wire);
         EXPECT_EQ(pac_GetLastError(), c.error);
     }
     EXPECT_EQ(pacsim::do_word("COM1", 3), 0x40u);

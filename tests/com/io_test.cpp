@@ -24,7 +24,7 @@ TEST_F(Serial, DiChannelReadsOneBitOfTheInputWord) {
         SCOPED_TRACE(std::to_string(c.channel) + " of " + std::to_string(c.total));
         pacsim::clear_calls();
         expect_same(icpcom_di_readchannel(port, integer(3), integer(c.channel), integer(c.total)), c.result);
-        EXPECT_EQ(logged("pac_ReadDI_MF("), c.read ? 1 : 0);
+        EXPECT_EQ(logged("pac_ReadDI_MF(").size(), c.read ? 1u : 0u);
         EXPECT_EQ(pac_GetLastError(), 0u);
     }
 }
@@ -36,16 +36,16 @@ TEST_F(Serial, DoChannelWriteStartsFromTheInputWord) {
         int channel, total, on;
         std::uint32_t inputs;
         nvValue result;
-        std::string write;  // pac_WriteDO_MF's line, "" when not called
+        Lines write;  // pac_WriteDO_MF's line
     };
     const Case cases[] = {
-        {1, 7, 2, 0x81, boolean(true), "pac_WriteDO_MF(port#1, 4099, 7, 3) -> 1"},
-        {0, 7, -1, 0x81, boolean(true), "pac_WriteDO_MF(port#1, 4099, 7, 0) -> 1"},
-        {2, 8, 0, 0x0C, boolean(true), "pac_WriteDO_MF(port#1, 4099, 8, 8) -> 1"},
-        {7, 7, 1, 0x00, boolean(true), "pac_WriteDO_MF(port#1, 4099, 7, 128) -> 1"},
-        {8, 7, 1, 0x00, nvValue(), ""},
+        {1, 7, 2, 0x81, boolean(true), {"port#1, 4099, 7, 3) -> 1"}},
+        {0, 7, -1, 0x81, boolean(true), {"port#1, 4099, 7, 0) -> 1"}},
+        {2, 8, 0, 0x0C, boolean(true), {"port#1, 4099, 8, 8) -> 1"}},
+        {7, 7, 1, 0x00, boolean(true), {"port#1, 4099, 7, 128) -> 1"}},
+        {8, 7, 1, 0x00, nvValue(), {}},
         // Bit 31 makes the word negative as an Integer: no unsigned word.
-        {31, 40, 1, 0x00, nvValue(), ""},
+        {31, 40, 1, 0x00, nvValue(), {}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::to_string(c.channel) + " on " + std::to_string(c.on));
@@ -54,7 +54,7 @@ TEST_F(Serial, DoChannelWriteStartsFromTheInputWord) {
         pacsim::clear_calls();
         expect_same(icpcom_do_writechannelvalue(port, integer(3), integer(c.channel), integer(c.total), integer(c.on)),
                     c.result);
-        EXPECT_EQ(sdk_line("pac_WriteDO_MF"), c.write);
+        EXPECT_EQ(logged("pac_WriteDO_MF("), c.write);
     }
     EXPECT_EQ(pacsim::do_word("COM1", 3), 0x70u);
 }

@@ -21,9 +21,9 @@ TEST_F(Serial, AClosedPortStillGoesToTheSdkAndFailsThere) {
         EXPECT_TRUE(call(port).isNull());
         EXPECT_EQ(pac_GetLastError(), PAC_OS_ERR_INVALID_HANDLE);
     }
-    EXPECT_EQ(logged("uart_Close("), 2);
-    EXPECT_EQ(logged("uart_SendCmd("), 1);
-    EXPECT_EQ(logged("pac_GetPWMDuty("), 1);
+    EXPECT_EQ(logged("uart_Close(").size(), 2u);
+    EXPECT_EQ(logged("uart_SendCmd(").size(), 1u);
+    EXPECT_EQ(logged("pac_GetPWMDuty(").size(), 1u);
 }
 
 TEST_F(Serial, LastErrorAsCodeOrMessageLeavesTheErrorAlone) {
@@ -52,7 +52,7 @@ TEST_F(Serial, LastErrorAsCodeOrMessageLeavesTheErrorAlone) {
         expect_same(icpcom_last_error(str(c.form)), c.expected);
         EXPECT_EQ(pac_GetLastError(), c.code);
         // The SDK's text is asked for only with "s" and a code other than 0.
-        EXPECT_EQ(logged("pac_GetErrorMessage("), c.code != 0 && c.expected.isString() ? 1 : 0);
+        EXPECT_EQ(logged("pac_GetErrorMessage(").size(), c.code != 0 && c.expected.isString() ? 1u : 0u);
     }
 }
 

@@ -35,26 +35,13 @@ inline nvValue vec(std::initializer_list<nvValue> items) {
     return icp::make::vector(static_cast<unsigned>(v.size()), [&](unsigned i) { return v[i]; });
 }
 
-// Call-log lines that start with prefix.
-inline int logged(const std::string& prefix) {
-    int n = 0;
-    for (const auto& line : pacsim::calls()) n += line.rfind(prefix, 0) == 0;
-    return n;
-}
-
-// The DCON lines that went out on the wire.
-inline Lines sent() {
+// The call-log lines that start with prefix, without it: "dcon> " gives the
+// DCON lines that went out on the wire.
+inline Lines logged(const std::string& prefix) {
     Lines out;
     for (const auto& line : pacsim::calls())
-        if (line.rfind("dcon> ", 0) == 0) out.push_back(line.substr(6));
+        if (line.starts_with(prefix)) out.push_back(line.substr(prefix.size()));
     return out;
-}
-
-// The SDK call's log line, or "" when none was made.
-inline std::string sdk_line(const std::string& name) {
-    for (const auto& line : pacsim::calls())
-        if (line.rfind(name + "(", 0) == 0) return line;
-    return "";
 }
 
 // Same kind and same printed form.

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <regex>
 #include <string>
+#include <vector>
 
 #include <poll.h>
 #include <pty.h>
@@ -17,13 +18,10 @@
 
 namespace {
 
-// icphost in a terminal of its own, with its history in `history`.
 class Terminal {
 public:
     explicit Terminal(const std::filesystem::path& history) {
-        winsize size{};
-        size.ws_row = 40;
-        size.ws_col = 100;
+        winsize size{.ws_row = 40, .ws_col = 100, .ws_xpixel = 0, .ws_ypixel = 0};
         pid_ = forkpty(&fd_, nullptr, nullptr, &size);
         if (pid_ == 0) {
             setenv("ICPHOST_HISTORY", history.c_str(), 1);
@@ -40,11 +38,6 @@ public:
         if (fd_ >= 0) close(fd_);
     }
 
-    // Waits for the prompt, then types keys, as a person does.
-    void at_prompt(const std::string& keys) {
-        ASSERT_TRUE(wait_for("icp> ")) << screen_;
-        type(keys);
-    }
     void type(const std::string& keys) {
         ASSERT_EQ(write(fd_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
@@ -107,60 +100,54 @@ private:
     std::string screen_;
 };
 
+// Keys typed, then the texts the screen shows in that order; after Enter the
+// next keys wait for the prompt.
+struct Step {
+    std::string keys;
+    std::vector<std::string> shows;
+};
+
+void play(Terminal&& t, const std::vector<Step>& steps) {
+    bool at_prompt = true;
+    for (const auto& [keys, shows] : steps) {
+        ASSERT_TRUE(!at_prompt || t.wait_for("icp> ")) << t.rest();
+        t.type(keys);
+        at_prompt = keys.ends_with('\r');
+        for (const auto& text : shows) EXPECT_TRUE(t.wait_for(text)) << keys << testing::PrintToString(t.rest());
+    }
+    EXPECT_EQ(t.leave(), 0);
+}
+
 // Tab completion (names with blanks to their common start, then the
-// choices; variables; help's argument), session commands,
-// directives and tables; then history lives on in the file the environment
-// names, and the next session recalls it.
+// choices; variables; help's argument), session commands, directives and
+// tables; then history lives on in the file the environment names, and the
+// next session recalls it.
 TEST(Session, CompleteCorrectRunAndRecall) {
     const auto history = std::filesystem::temp_directory_path() / ("icphost_history_" + std::to_string(getpid()));
-    {
-        Terminal t(history);
-        t.at_prompt("h = ICPUSB_Op\t");
-        // The editor redraws from the cursor: the completed part shows, and
-        // the value printed below proves the whole name.
-        EXPECT_TRUE(t.wait_for("enDevice(")) << testing::PrintToString(t.rest());
-        t.type("\"USB2019\", 1)\r");
-        t.at_prompt("ICPUSB_GetAITotal(h)\r");
-        EXPECT_TRUE(t.wait_for("\r\n8\r\n")) << t.rest();
-
-        t.at_prompt("ICPCOM R\t");
-        EXPECT_TRUE(t.wait_for("ec Cmd ")) << t.rest();
-        t.type("\t");
-        EXPECT_TRUE(t.wait_for("ICPCOM Rec Cmd Exec")) << t.rest();
-        EXPECT_TRUE(t.wait_for("ICPCOM Rec Cmd Start")) << t.rest();
-        t.type("Sta\t");
-        EXPECT_TRUE(t.wait_for("rt(")) << t.rest();
-        t.type(")\r");
-        EXPECT_TRUE(t.wait_for("true")) << t.rest();
-        t.at_prompt("measured_value = 2.5\r");
-        t.at_prompt("[measu\t");
-        EXPECT_TRUE(t.wait_for("red_value")) << t.rest();
-        t.type("]\r");
-        EXPECT_TRUE(t.wait_for("[2.5]")) << t.rest();
-
-        t.at_prompt("help ICP_Loa\t\r");
-        EXPECT_TRUE(t.wait_for("Result:      Boolean")) << t.rest();
-        t.at_prompt("functions pwmduty\r");
-        EXPECT_TRUE(t.wait_for("Serial PWM\r\n==========\r\n\r\n  ICPCOM_GetPWMDuty")) << t.rest();
-        t.at_prompt("ICPUSB_ListDevice()\r");
-        EXPECT_TRUE(t.wait_for("Device ID")) << t.rest();
-        t.at_prompt(":unpl\tUSB2019 9\r");
-        EXPECT_TRUE(t.wait_for("error: the rig has no USB2019 board 9")) << t.rest();
-        t.at_prompt("\"from the first session\"\r");
-        EXPECT_TRUE(t.wait_for("\"from the first session\"\r\n")) << t.rest();
-        EXPECT_EQ(t.leave(), 0);
-    }
+    // The editor redraws from the cursor: the completed part shows, and the
+    // value printed after proves the whole name.
+    play(Terminal(history), {{"h = ICPUSB_Op\t", {"enDevice("}},
+                             {"\"USB2019\", 1)\r", {}},
+                             {"ICPUSB_GetAITotal(h)\r", {"\r\n8\r\n"}},
+                             {"ICPCOM R\t", {"ec Cmd "}},
+                             {"\t", {"ICPCOM Rec Cmd Exec", "ICPCOM Rec Cmd Start"}},
+                             {"Sta\t", {"rt("}},
+                             {")\r", {"true"}},
+                             {"measured_value = 2.5\r", {}},
+                             {"[measu\t", {"red_value"}},
+                             {"]\r", {"[2.5]"}},
+                             {"help ICP_Loa\t\r", {"Result:      Boolean"}},
+                             {"functions pwmduty\r", {"Serial PWM\r\n==========\r\n\r\n  ICPCOM_GetPWMDuty"}},
+                             {"ICPUSB_ListDevice()\r", {"Device ID"}},
+                             {":unpl\tUSB2019 9\r", {"error: the rig has no USB2019 board 9"}},
+                             {"\"from the first session\"\r", {"\"from the first session\"\r\n"}}});
     std::ifstream saved(history);
     const std::string text{std::istreambuf_iterator<char>(saved), {}};
     EXPECT_NE(text.find("first"), std::string::npos) << text;
 
-    Terminal t(history);
-    t.at_prompt("\x10\r");  // Ctrl-P: the line before, run again
-    // The recalled line, then its value (the line editor may redraw the
-    // recalled line in pieces, so the two are looked for one after the other).
-    EXPECT_TRUE(t.wait_for("\"from the first session\"")) << t.rest();
-    EXPECT_TRUE(t.wait_for("\"from the first session\"\r\n")) << t.rest();
-    EXPECT_EQ(t.leave(), 0);
+    // Ctrl-P: the line before, run again. The line editor may redraw the
+    // recalled line in pieces: the line, then its value.
+    play(Terminal(history), {{"\x10\r", {"\"from the first session\"", "\"from the first session\"\r\n"}}});
     std::filesystem::remove(history);
 }
 

@@ -10,7 +10,6 @@
 #include "PACSDK.h"
 #include "pacsdk_sim.h"
 
-// Slots of the default rig's modules on COM1.
 constexpr int ai_slot = PAC_REMOTE_IO(1);
 constexpr int ao_slot = PAC_REMOTE_IO(2);
 constexpr int dio_slot = PAC_REMOTE_IO(3);
@@ -26,7 +25,6 @@ protected:
         return h;
     }
 
-    // The DCON lines of the log, without the SDK calls.
     static std::vector<std::string> dcon_lines() {
         std::vector<std::string> out;
         for (const auto& line : pacsim::calls())
