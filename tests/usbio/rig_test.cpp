@@ -8,8 +8,7 @@ using usbioRig = UsbioTest;
 TEST_F(usbioRig, LoadsModulesWithTheirOptions) {
     const char* rig = R"({
   "usb": [
-    {"model": "USB2051", "board": 0, "user_board": 42, "nickname": "line A", "serial": "X-1",
-     "firmware": 32769, "di": 65535},
+    {"model": "USB2051", "board": 0, "user_board": 42, "nickname": "line A", "serial": "X-1", "di": 65535},
     {"model": "USB2019", "board": 7, "ai": [1.5, -3], "ai_open_wire": [5], "plugged": false}
   ],
   "serial": [{"port": "COM1", "modules": []}]
@@ -20,7 +19,6 @@ TEST_F(usbioRig, LoadsModulesWithTheirOptions) {
     EXPECT_EQ(a.rotary_board, 0);
     EXPECT_EQ(a.nickname, "line A");
     EXPECT_EQ(a.serial, "X-1");
-    EXPECT_EQ(a.firmware, 0x8001);
     EXPECT_EQ(a.di_value(), 0xFFFFu);
     auto b = usbsim::module_state(0x413, 7).value();
     EXPECT_FALSE(b.plugged);
