@@ -84,7 +84,6 @@ TEST(UsbAnalogInput, ReadingsWithStatus) {
     const nvValue analog = icpusb_ai_readvalueanalogwithchsta(h), digital = icpusb_ai_readvaluedigitalwithchsta(h);
     const nvValue values = icpusb_ai_readvalueanalog(h), raws = icpusb_ai_readvaluedigital(h);
     ASSERT_EQ(analog.rows(), 8u);
-    ASSERT_EQ(analog.columns(), 2u);
     for (unsigned ch = 0; ch < 8; ++ch) {
         SCOPED_TRACE(ch);
         const nvValue c = integer(static_cast<int>(ch));

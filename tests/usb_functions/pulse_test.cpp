@@ -112,9 +112,7 @@ TEST(UsbPulse, Frequencies) {
     ASSERT_TRUE(usbsim::set_frequency(k2084, 1, 1, 1234.4));
     expect_same(icpusb_pi_readchfreqvalue(h, integer(1)), rows({{real(1234.4f), integer(0)}}), "frequency");
     expect_same(icpusb_pi_readchvalue(h, integer(1)), rows({{real(1234.0), integer(0)}}), "value");
-    const nvValue all = icpusb_pi_readfreqvalue(h);
-    EXPECT_EQ(all.rows(), 8u);
-    expect_same(all.value(2), real(1234.4f), "row 1, column 0");
+    expect_same(icpusb_pi_readfreqvalue(h).value(2), real(1234.4f), "row 1, column 0");
 }
 
 }  // namespace

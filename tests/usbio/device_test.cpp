@@ -43,10 +43,8 @@ TEST_F(usbioDevice, WatchdogExpiryAppliesTheSafetyValues) {
     usbsim::advance_ms(400);
     ASSERT_EQ(SYNCDevice(h), USBIO_OK);  // a call restarts the timeout
     usbsim::advance_ms(500);
-    EXPECT_FALSE(state("USB2055").wdt_expired);
     EXPECT_EQ(state("USB2055").do_word, 0xF0u);
     usbsim::advance_ms(1);
-    EXPECT_TRUE(state("USB2055").wdt_expired);
     EXPECT_EQ(state("USB2055").do_word, 0xF5u);
 
     // Closed, the module has no host to lose.
