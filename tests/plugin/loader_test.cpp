@@ -40,7 +40,6 @@ TEST_F(Loader, ExportTableHoldsTheCatalogueAndNothingElse) {
     const std::vector<std::string>& exports = plugin_->exports();
     const std::multiset<std::string> actual(exports.begin(), exports.end());
     EXPECT_EQ(actual, expected);
-    EXPECT_EQ(actual.size(), 3 * icp::catalogue().size() + 2);
 }
 
 TEST_F(Loader, FrameEntryPointsThroughTheExportTable) {
