@@ -131,16 +131,4 @@ bool is(Result r, const nvValue& v) {
     return false;
 }
 
-const char* name(Param p) {
-    constexpr const char* names[] = {"USB handle", "serial handle", "Integer", "unsigned Integer", "Real",
-                                     "Boolean", "String", "ID or type code", "channel vector", "command vector"};
-    return names[static_cast<int>(p)];
-}
-
-const char* name(Result r) {
-    constexpr const char* names[] = {"Boolean", "Integer", "Real",   "Vector", "Matrix",
-                                     "table",   "String",  "String or Integer", "handle"};
-    return names[static_cast<int>(r)];
-}
-
 }  // namespace reliability

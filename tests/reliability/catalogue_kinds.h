@@ -50,7 +50,4 @@ bool accepts(Param p, const nvValue& v, unsigned total);
 // Whether v is a successful result of that kind.
 bool is(Result r, const nvValue& v);
 
-const char* name(Param p);
-const char* name(Result r);
-
 }  // namespace reliability
