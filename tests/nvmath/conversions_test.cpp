@@ -50,8 +50,6 @@ TEST(NvValueConversions, ToIntToUnsignedToDoubleToBool) {
         {"double 2^53 + 2", real(9007199254740994.0), 2, 2, 9007199254740994.0, true},
         {"double 2^63", real(9223372036854775808.0), 0, 0, 9223372036854775808.0, true},
         {"double 1e300", real(1e300), 0, 0, 1e300, true},
-        {"largest double", real(std::numeric_limits<double>::max()), 0, 0,
-         std::numeric_limits<double>::max(), true},
         {"NaN is non-zero", real(nan_), 0, 0, nan_, true},
         {"infinity", real(inf_), 0, 0, inf_, true},
         {"vector [0, 5]: only the first element counts", vector({integer(0), integer(5)}), 0, 0, 0.0, false},
@@ -131,9 +129,6 @@ TEST(NvValueHandles, OnlyThePointerConstructorCarriesAnAddress) {
         SCOPED_TRACE(c.what);
         EXPECT_EQ(static_cast<void*>(c.v.pointer()), c.address);
     }
-    nvValue assigned;
-    assigned = h;
-    EXPECT_EQ(static_cast<void*>(assigned.pointer()), &device);
 }
 
 }  // namespace
