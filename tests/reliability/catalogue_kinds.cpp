@@ -1,4 +1,4 @@
-#include "tests/reliability/catalogue_kinds.h"
+#include "tests/reliability/bench.h"
 
 #include <algorithm>
 #include <iterator>

@@ -105,10 +105,8 @@ bool succeeded(const nvValue& v) { return !v.isNull() && !(v.isBoolean() && !v.t
 // closed again, so that opening functions find their device free.
 Bench bench_for(const Signature& s) {
     Bench b = set_up(s);
-    const bool usb = std::count(s.params.begin(), s.params.end(), Param::UsbHandle) > 0;
-    const bool com = std::count(s.params.begin(), s.params.end(), Param::ComHandle) > 0;
-    if (!usb) icpusb_closedevice(b.usb);
-    if (!com) icpcom_closedevice(b.com);
+    if (std::ranges::count(s.params, Param::UsbHandle) == 0) icpusb_closedevice(b.usb);
+    if (std::ranges::count(s.params, Param::ComHandle) == 0) icpcom_closedevice(b.com);
     if (!b.usb_without.isNull()) icpusb_closedevice(b.usb_without);
     clear_calls();
     return b;

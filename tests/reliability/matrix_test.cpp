@@ -112,11 +112,36 @@ std::int32_t refused_error(const icp::Function& f, const Signature& s, Param p) 
     return 0;
 }
 
+// The SDK call a USB function is named after: "ICPUSB_AO_ReadChExpValueDigital"
+// reads the group with "AO_ReadExpValueDigital".
+std::string own_call(const icp::Function& f) {
+    if (std::string_view(f.export_name) == "icpusb_do_setpoweronenables") return "DO_SetPowerOnEnable";
+    std::string n = std::string(f.script_name).substr(std::string_view("ICPUSB_").size());
+    for (const char* infix : {"ReadChannel", "ReadCh"})
+        if (const auto at = n.find(infix); at != std::string::npos) n.replace(at, std::strlen(infix), "Read");
+    return n;
+}
+
+// The matrix means something only if the right-kind arguments it starts
+// from take every function past its checks: each call reaches the SDK
+// (beyond the calls made before the arguments are looked at), except the
+// few functions that never call it; a USB function reaches its own call.
 TEST(Reliability, EveryFunctionEveryPositionEveryKind) {
+    const std::vector<std::string> sdk_free = {"plugin_icp_loaded", "icpusb_last_error", "icpcom_rec_cmd_start",
+                                               "icpcom_rec_cmd_stop"};
     std::size_t functions = 0, calls = 0;
     for (const icp::Function* f : icp::catalogue()) {
         const Signature s = signature(*f);
         ++functions;
+        const Call right = call(*f, s, valid_args(*f, s, set_up(s)));
+        const bool free = std::find(sdk_free.begin(), sdk_free.end(), f->export_name) != sdk_free.end();
+        EXPECT_EQ(reached_sdk(right, s), !free) << f->script_name << " gave " << describe(right.result);
+        if (s.usb && !free) {
+            EXPECT_TRUE(std::any_of(right.log.begin(), right.log.end(),
+                                    [&](const std::string& l) { return call_name(l) == own_call(*f); }))
+                << f->script_name << " never called " << own_call(*f);
+        }
+
         // A call that went no further than the checks changed nothing: the
         // rig is set up afresh only after one that reached the SDK.
         Bench b = set_up(s);
@@ -145,35 +170,6 @@ TEST(Reliability, EveryFunctionEveryPositionEveryKind) {
     EXPECT_GT(functions, 0u);
 }
 
-// The SDK call a USB function is named after: "ICPUSB_AO_ReadChExpValueDigital"
-// reads the group with "AO_ReadExpValueDigital".
-std::string own_call(const icp::Function& f) {
-    if (std::string_view(f.export_name) == "icpusb_do_setpoweronenables") return "DO_SetPowerOnEnable";
-    std::string n = std::string(f.script_name).substr(std::string_view("ICPUSB_").size());
-    for (const char* infix : {"ReadChannel", "ReadCh"})
-        if (const auto at = n.find(infix); at != std::string::npos) n.replace(at, std::strlen(infix), "Read");
-    return n;
-}
-
-// The matrix means something only if the right-kind arguments it starts
-// from take every function past its checks: each call reaches the SDK
-// (beyond the calls made before the arguments are looked at), except the
-// few functions that never call it; a USB function reaches its own call.
-TEST(Reliability, RightKindArgumentsReachTheSdk) {
-    const std::vector<std::string> sdk_free = {"plugin_icp_loaded", "icpusb_last_error", "icpcom_rec_cmd_start",
-                                               "icpcom_rec_cmd_stop"};
-    for (const icp::Function* f : icp::catalogue()) {
-        const Signature s = signature(*f);
-        const Call c = call(*f, s, valid_args(*f, s, set_up(s)));
-        const bool own = std::any_of(c.log.begin(), c.log.end(),
-                                     [&](const std::string& l) { return call_name(l) == own_call(*f); });
-        const bool free = std::find(sdk_free.begin(), sdk_free.end(), f->export_name) != sdk_free.end();
-        EXPECT_EQ(reached_sdk(c, s), !free) << f->script_name << " gave " << describe(c.result);
-        if (s.usb && !free) {
-            EXPECT_TRUE(own) << f->script_name << " never called " << own_call(*f);
-        }
-    }
-}
 
 // A group function on a module without the group stops at the total. A
 // per-channel reader (its channel described as a "channel number") takes
