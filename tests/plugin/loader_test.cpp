@@ -15,31 +15,27 @@ namespace {
 
 using NuvarelMath::ValueTypes::nvValue;
 
-class Loader : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() { plugin_ = new icphost::Plugin(ICP_PLUGIN_FILE); }
-    static void TearDownTestSuite() {
-        delete plugin_;
-        plugin_ = nullptr;
-    }
-    template <class Signature>
-    static Signature* entry(const std::string& name) {
-        return reinterpret_cast<Signature*>(plugin_->symbol(name));
-    }
-    static icphost::Plugin* plugin_;
-};
-icphost::Plugin* Loader::plugin_ = nullptr;
+// Opened once, for the whole run.
+icphost::Plugin& plugin() {
+    static icphost::Plugin loaded(ICP_PLUGIN_FILE);
+    return loaded;
+}
+
+template <class Signature>
+Signature* entry(const std::string& name) {
+    return reinterpret_cast<Signature*>(plugin().symbol(name));
+}
 
 // Exactly the catalogue's triples and the two frame entry points, each once
 // and undecorated: no C++ mangling, no stdcall suffix, nothing of the
 // runtime or of the libraries linked in.
-TEST_F(Loader, ExportTableHoldsTheCatalogueAndNothingElse) {
+TEST(Loader, ExportTableHoldsTheCatalogueAndNothingElse) {
     std::multiset<std::string> expected = {"definePluginTypes", "math"};
     for (const icp::Function* f : icp::catalogue()) {
         const std::string x = f->export_name;
         expected.insert({x, x + "Name", x + "Description"});
     }
-    const std::vector<std::string>& exports = plugin_->exports();
+    const std::vector<std::string>& exports = plugin().exports();
     const std::multiset<std::string> actual(exports.begin(), exports.end());
     EXPECT_EQ(actual, expected);
 }
@@ -47,7 +43,7 @@ TEST_F(Loader, ExportTableHoldsTheCatalogueAndNothingElse) {
 // The type hook changes nothing: the math object stays the one help records
 // are built on, the USB error stays. "ICP_Loaded" is true and leaves the
 // USB error alone too, where every USB body clears it on entry.
-TEST_F(Loader, FrameEntryPointsThroughTheExportTable) {
+TEST(Loader, FrameEntryPointsThroughTheExportTable) {
     auto* math = entry<NuvarelMath::nvMath*()>("math");
     auto* define_types = entry<void()>("definePluginTypes");
     auto* loaded = entry<nvValue()>("plugin_icp_loaded");

@@ -59,7 +59,6 @@ TEST(Values, PerChannelVectorsFitTheirArray) {
     };
     const Case cases[] = {
         {numbers(3, false), 3, Array{255, 0, 1, 0}},
-        {numbers(2, false), 3, std::nullopt},
         {numbers(5, false), 5, std::nullopt},  // beyond the array
         {numbers(2, true), 2, std::nullopt},
     };

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <iostream>
 #include <cstdint>
 #include <limits>
@@ -117,8 +116,8 @@ std::int32_t refused_error(const icp::Function& f, const Signature& s, Param p) 
 std::string own_call(const icp::Function& f) {
     if (std::string_view(f.export_name) == "icpusb_do_setpoweronenables") return "DO_SetPowerOnEnable";
     std::string n = std::string(f.script_name).substr(std::string_view("ICPUSB_").size());
-    for (const char* infix : {"ReadChannel", "ReadCh"})
-        if (const auto at = n.find(infix); at != std::string::npos) n.replace(at, std::strlen(infix), "Read");
+    for (std::string_view infix : {"ReadChannel", "ReadCh"})
+        if (const auto at = n.find(infix); at != std::string::npos) n.replace(at, infix.size(), "Read");
     return n;
 }
 
