@@ -75,7 +75,6 @@ std::vector<nvValue> valid_args(const icp::Function& f, const Signature& s, cons
 // The SDK calls of both call logs since set_up (the DCON traffic left out).
 std::vector<std::string> sdk_calls();
 void clear_calls();
-// The function name of a call-log line.
 std::string call_name(const std::string& line);
 // Calls that happen before any argument is looked at: the serial error
 // reset and the total of the group that gates a USB group function.
