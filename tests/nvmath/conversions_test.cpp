@@ -55,7 +55,6 @@ TEST(NvValueConversions, KindTestsAndScalarConversions) {
         {"double 4294967296", real(4294967296.0), "double", 0, 0, 4294967296.0, true},
         {"double -2^31", real(-2147483648.0), "double", int_min, 2147483648u, -2147483648.0, true},
         {"double -2^31 - 1", real(-2147483649.0), "double", int_max, 2147483647u, -2147483649.0, true},
-        {"double -2^32 - 1", real(-4294967297.0), "double", -1, 4294967295u, -4294967297.0, true},
         {"double 2^53 + 2", real(9007199254740994.0), "double", 2, 2, 9007199254740994.0, true},
         {"double 2^63", real(9223372036854775808.0), "double", 0, 0, 9223372036854775808.0, true},
         {"double 1e300", real(1e300), "double", 0, 0, 1e300, true},
@@ -106,7 +105,6 @@ TEST(NvValueHandles, OnlyThePointerConstructorCarriesAnAddress) {
         {"null address", handle(nullptr), nullptr},
         {"nvInteger converted from a handle", vt::nvInteger(h), nullptr},
         {"vector holding a handle", vector({h}), nullptr},
-        {"integer 0", integer(0), nullptr},
         {"integer that looks like the address",
          integer(static_cast<long long>(reinterpret_cast<std::uintptr_t>(&device))), nullptr},
     };

@@ -15,7 +15,6 @@ namespace {
 
 using NuvarelMath::ValueTypes::nvValue;
 
-// Opened once, for the whole run.
 icphost::Plugin& plugin() {
     static icphost::Plugin loaded(ICP_PLUGIN_FILE);
     return loaded;

@@ -31,8 +31,6 @@ namespace {
 constexpr std::int32_t usb_code = 0x10103;
 constexpr std::uint32_t pac_code = 0x50003;
 
-// --- The state a call may change ---
-
 // Each value then '/', bytes as numbers.
 void put(std::ostringstream& o, const auto&... v) { ((o << +v << '/'), ...); }
 
@@ -78,8 +76,6 @@ std::string serial_state() {
 }
 
 std::string state() { return usb_state() + serial_state(); }
-
-// --- A good call ---
 
 std::vector<nvValue> candidates(const icp::Function& f, const Signature& s, std::size_t position, const Bench& b) {
     using icp::make::integer;
@@ -132,8 +128,6 @@ std::vector<std::size_t> good_choice(const icp::Function& f, const Signature& s)
     }
     return std::vector<std::size_t>(s.params.size(), 0);
 }
-
-// --- What a failure gives ---
 
 struct Expectation {
     std::string result = "null";  // printed; empty: null or any success

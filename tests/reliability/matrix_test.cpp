@@ -104,8 +104,7 @@ void expect_stopped(const Call& c, const Signature& s, std::int32_t error, const
 // set, or untouched (kept at `before`) for the bodies that do not reset it.
 std::int32_t refused_error(const icp::Function& f, const Signature& s, Param p) {
     const std::string exp = f.export_name;
-    if (exp == "icpusb_last_error" || exp == "icpcom_last_error" || exp.rfind("icpcom_rec_cmd_", 0) == 0 ||
-        exp == "plugin_icp_loaded")
+    if (exp == "icpusb_last_error" || exp == "icpcom_last_error" || exp.rfind("icpcom_rec_cmd_", 0) == 0)
         return before;
     if (s.usb && p == Param::UsbHandle) return -1;
     return 0;
