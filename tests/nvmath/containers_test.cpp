@@ -15,7 +15,6 @@ namespace {
 
 using namespace sample;
 
-
 // A refused store throws and leaves the value as it was.
 TEST(NvValueContainers, SetValueAndSetColumnNames) {
     enum class Outcome { Stored, OutOfRange, InvalidArgument };
@@ -23,6 +22,12 @@ TEST(NvValueContainers, SetValueAndSetColumnNames) {
     const nvValue nine = integer(9);
     const auto at = [&](unsigned i) { return Op([=](nvValue& v) { v.setValue(nine, i); }); };
     const auto cell = [&](unsigned r, unsigned c) { return Op([=](nvValue& v) { v.setValue(nine, r, c); }); };
+    const Op itself = [](nvValue& v) { v.setValue(v, 0); };
+    const Op itself_moved = [](nvValue& v) { v.setValue(std::move(v), 1); };
+    const Op self_assigned = [](nvValue& v) {
+        nvValue& same = v;
+        v = same;
+    };
     const auto names = [](std::vector<const char*> list) {
         return Op([=](nvValue& v) {
             std::vector<nvValue> values;
@@ -31,6 +36,7 @@ TEST(NvValueContainers, SetValueAndSetColumnNames) {
         });
     };
     const nvValue pair = vector({integer(0), integer(0)});
+    const nvValue one_two = vector({integer(1), integer(2)});
     const nvValue square = matrix(2, 2, {integer(0), integer(0), integer(0), integer(0)});
     struct Case {
         const char* what;
@@ -42,6 +48,9 @@ TEST(NvValueContainers, SetValueAndSetColumnNames) {
     const Case cases[] = {
         {"vector, last index", pair, at(1), Outcome::Stored, "[0, 9]"},
         {"vector, one past the end", pair, at(2), Outcome::OutOfRange, "[0, 0]"},
+        {"vector, stored into itself", one_two, itself, Outcome::Stored, "[[1, 2], 2]"},
+        {"vector, moved into itself", one_two, itself_moved, Outcome::Stored, "[1, [1, 2]]"},
+        {"vector, assigned to itself", one_two, self_assigned, Outcome::Stored, "[1, 2]"},
         {"matrix, element index row by row", square, at(2), Outcome::Stored, "[[0, 0], [9, 0]]"},
         {"matrix, last cell", square, cell(1, 1), Outcome::Stored, "[[0, 0], [0, 9]]"},
         {"matrix, row past the end", square, cell(2, 0), Outcome::OutOfRange, "[[0, 0], [0, 0]]"},
@@ -84,18 +93,6 @@ TEST(NvValueContainers, CopiesAreValuesOfTheirOwn) {
     EXPECT_EQ(copies[1].repr(), "{\"A\", \"B\"} [[[1, \"x\"], 8]]");
     EXPECT_EQ(copies[2].repr(), "{\"A\", \"B\"} [[[1, \"x\"], " + printed + "]]");
     EXPECT_EQ(copies[3].repr(), "{\"C\", \"D\"} [[[1, \"x\"], \"long enough to need a block\"]]");
-}
-
-TEST(NvValueContainers, AValueStoredIntoItselfOrAssignedToItself) {
-    nvValue v = vector({integer(1), integer(2)});
-    v.setValue(v, 0);
-    EXPECT_EQ(v.repr(), "[[1, 2], 2]");
-    nvValue w = vector({integer(1), integer(2)});
-    w.setValue(std::move(w), 1);
-    EXPECT_EQ(w.repr(), "[1, [1, 2]]");
-    nvValue& same = v;
-    v = same;
-    EXPECT_EQ(v.repr(), "[[1, 2], 2]");
 }
 
 }  // namespace

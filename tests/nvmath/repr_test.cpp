@@ -1,5 +1,6 @@
-// The printed form of host values (what the command-line host shows, and a
-// non-string's toString()), and strings at every length.
+// The printed forms of host values (what the command-line host shows, and a
+// non-string's toString()) that no script in the host's tests prints, and
+// strings at every length.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -21,22 +22,9 @@ TEST(NvValueRepr, PrintedForms) {
         const char* printed;
     };
     const Case cases[] = {
-        {boolean(false), "false"},
-        {integer(std::numeric_limits<long long>::min()), "-9223372036854775808"},
-        {real(4294967295.0), "4294967295.0"},
-        {real(static_cast<double>(0.1f)), "0.10000000149011612"},
-        {real(0.1), "0.1"},
         {real(1e300), "1e+300"},
-        {real(0.0), "0.0"},
         {real(std::numeric_limits<double>::quiet_NaN()), "nan"},
         {real(-std::numeric_limits<double>::infinity()), "-inf"},
-        {text("USB2019"), "\"USB2019\""},
-        {text("line 1\nline 2"), "\"line 1\\nline 2\""},
-        {text("say \"hi\""), "\"say \\\"hi\\\"\""},
-        {text("C:\\dir"), "\"C:\\\\dir\""},
-        {vector({integer(1), real(2.5)}), "[1, 2.5]"},
-        {vector({null(), text("a"), vector({boolean(false)})}), "[null, \"a\", [false]]"},
-        {matrix(2, 2, {integer(1), integer(2), integer(3), integer(4)}), "[[1, 2], [3, 4]]"},
         {matrix(0, 2, {}), "[]"},
         {table({"Device ID", "Board ID"}, 2, {text("USB2019"), integer(1), text("USB2045_32"), integer(2)}),
          "{\"Device ID\", \"Board ID\"} [[\"USB2019\", 1], [\"USB2045_32\", 2]]"},

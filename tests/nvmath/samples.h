@@ -55,11 +55,8 @@ inline std::string kinds(const nvValue& v) {
         {v.isVector(), "vector"}, {v.isMatrix(), "matrix"},   {v.isNumericVectorOrMatrix(), "numeric"},
     };
     std::string out;
-    for (const auto& [holds, name] : tests) {
-        if (!holds) continue;
-        if (!out.empty()) out += ' ';
-        out += name;
-    }
+    for (const auto& [holds, name] : tests)
+        if (holds) out += (out.empty() ? "" : " ") + std::string(name);
     return out;
 }
 

@@ -31,8 +31,6 @@ TEST(Values, RealsNarrowToTheNearestFloat) {
         {"just below the halfway point to 2^128", std::nextafter(0x1.ffffffp127, 0.0), float_max},
         {"halfway to 2^128", 0x1.ffffffp127, float_inf},
         {"-1e300", -1e300, -float_inf},
-        {"largest double", std::numeric_limits<double>::max(), float_inf},
-        {"lowest double", std::numeric_limits<double>::lowest(), -float_inf},
         {"1e-50 underflows to zero", 1e-50, 0.0f},
     };
     for (const auto& c : cases) {
@@ -59,7 +57,6 @@ TEST(Values, PerChannelVectorsFitTheirArray) {
     };
     const Case cases[] = {
         {numbers(3, false), 3, Array{255, 0, 1, 0}},
-        {numbers(2, false), 3, std::nullopt},
         {numbers(5, false), 5, std::nullopt},  // beyond the array
         {numbers(2, true), 2, std::nullopt},
     };

@@ -1,4 +1,4 @@
-#include "tests/reliability/catalogue_kinds.h"
+#include "tests/reliability/bench.h"
 
 #include <algorithm>
 #include <iterator>
@@ -61,15 +61,13 @@ Param param_from_text(std::string_view d, std::size_t position, bool usb) {
 }
 
 Result result_from_text(std::string_view d) {
-    if (starts(d, "Boolean")) return Result::Boolean;
-    if (starts(d, "Integer")) return Result::Integer;
-    if (starts(d, "Real") || starts(d, "Double")) return Result::Real;
-    if (starts(d, "Vector")) return Result::Vector;
-    if (starts(d, "Matrix")) return Result::Matrix;
-    if (starts(d, "Table")) return Result::Table;
-    if (starts(d, "String or integer")) return Result::StringOrInteger;
-    if (starts(d, "String")) return Result::String;
-    if (starts(d, "Device handle")) return Result::Handle;
+    const std::pair<const char*, Result> words[] = {
+        {"Boolean", Result::Boolean}, {"Integer", Result::Integer}, {"Real", Result::Real},
+        {"Double", Result::Real},     {"Vector", Result::Vector},   {"Matrix", Result::Matrix},
+        {"Table", Result::Table},     {"String or integer", Result::StringOrInteger},
+        {"String", Result::String},   {"Device handle", Result::Handle}};
+    for (const auto& [word, kind] : words)
+        if (starts(d, word)) return kind;
     throw std::logic_error("no result kind in \"" + std::string(d) + "\"");
 }
 
@@ -129,18 +127,6 @@ bool is(Result r, const nvValue& v) {
         case Result::Handle: return v.pointer() != nullptr;
     }
     return false;
-}
-
-const char* name(Param p) {
-    constexpr const char* names[] = {"USB handle", "serial handle", "Integer", "unsigned Integer", "Real",
-                                     "Boolean", "String", "ID or type code", "channel vector", "command vector"};
-    return names[static_cast<int>(p)];
-}
-
-const char* name(Result r) {
-    constexpr const char* names[] = {"Boolean", "Integer", "Real",   "Vector", "Matrix",
-                                     "table",   "String",  "String or Integer", "handle"};
-    return names[static_cast<int>(r)];
 }
 
 }  // namespace reliability
