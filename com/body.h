@@ -32,10 +32,6 @@
 
 namespace icp::com {
 
-inline PAC_HANDLE port_of(const nvValue& handle) {
-    return static_cast<PAC_HANDLE>(address_of(handle));
-}
-
 // What uart_Open answers when it cannot open the port: all bits set. A zero
 // handle is not a failure here; later bodies refuse it as a missing handle.
 inline bool invalid_port(PAC_HANDLE port) {
@@ -80,8 +76,9 @@ nvValue status(PAC_BOOL ok, Build build) {
 template <class Op>
 nvValue body(const nvValue& handle, Op op) {
     pac_SetLastError(0);
-    if (!address_of(handle)) return make::null();
-    return op(port_of(handle));
+    const auto port = static_cast<PAC_HANDLE>(address_of(handle));
+    if (port == nullptr) return make::null();
+    return op(port);
 }
 
 // (handle, slot): an action on the module, Boolean true or null.
