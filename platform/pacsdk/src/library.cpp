@@ -1,6 +1,7 @@
 #include "library.h"
 
 #include <atomic>
+#include <utility>
 
 #include "dcon_text.h"
 
@@ -21,20 +22,20 @@ void CallLog::set_trace(pacsim::TraceFn fn, void* context) {
     trace_context_ = context;
 }
 
-void CallLog::sdk(const std::string& call) {
-    keep(call);
-    trace("sdk: " + call);
+void CallLog::sdk(std::string call) {
+    if (trace_) trace("sdk: " + call);
+    keep(std::move(call));
 }
 
-void CallLog::add(const std::string& line) {
-    keep(line);
+void CallLog::add(std::string line) {
     trace(line);
+    keep(std::move(line));
 }
 
 // A bounded window: a long session keeps its memory.
-void CallLog::keep(const std::string& line) {
+void CallLog::keep(std::string line) {
     if (lines_.size() >= 2 * window) lines_.erase(lines_.begin(), lines_.begin() + window);
-    lines_.push_back(line);
+    lines_.push_back(std::move(line));
 }
 
 void CallLog::trace(const std::string& line) const {

@@ -27,7 +27,7 @@ public:
     static constexpr std::size_t window = 4096;
 
     void set_trace(pacsim::TraceFn fn, void* context);
-    void sdk(const std::string& call);
+    void sdk(std::string call);
     // Control characters and backslashes in text come out escaped, so that a
     // line always stays one line.
     void sent(std::string_view text) { add("dcon> " + escaped(text)); }
@@ -36,8 +36,8 @@ public:
     void clear() { lines_.clear(); }
 
 private:
-    void add(const std::string& line);
-    void keep(const std::string& line);
+    void add(std::string line);
+    void keep(std::string line);
     void trace(const std::string& line) const;
 
     std::vector<std::string> lines_;

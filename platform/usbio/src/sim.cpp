@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <utility>
 
 #include <icp_platform/format.h>
 
@@ -245,14 +246,12 @@ void record(std::string line, std::unique_lock<std::mutex>& held) {
     Sim& s = sim();
     // A bounded window: a long session keeps its memory.
     if (s.log.size() >= 2 * kLogWindow) s.log.erase(s.log.begin(), s.log.begin() + kLogWindow);
-    s.log.push_back(line);
     TraceFn fn = s.trace;
     void* ctx = s.trace_context;
+    std::string traced = fn ? "sdk: " + line : std::string();
+    s.log.push_back(std::move(line));
     held.unlock();
-    if (fn) {
-        std::string traced = "sdk: " + line;
-        fn(traced.c_str(), ctx);
-    }
+    if (fn) fn(traced.c_str(), ctx);
 }
 
 namespace fmt {
