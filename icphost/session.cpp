@@ -131,42 +131,28 @@ private:
 
 // libedit is opened when a session on a terminal starts: scripts start
 // without loading it, and where it is missing the session reads plain lines.
+#  define ICPHOST_LIBEDIT_FUNCTIONS(F)                                                       \
+    F(el_init) F(el_end) F(el_set) F(el_get) F(el_gets) F(el_line) F(el_insertstr) F(el_deletestr) \
+    F(history_init) F(history_end) F(history)
+
 struct Libedit {
-    decltype(&::el_init) el_init;
-    decltype(&::el_end) el_end;
-    decltype(&::el_set) el_set;
-    decltype(&::el_get) el_get;
-    decltype(&::el_gets) el_gets;
-    decltype(&::el_line) el_line;
-    decltype(&::el_insertstr) el_insertstr;
-    decltype(&::el_deletestr) el_deletestr;
-    decltype(&::history_init) history_init;
-    decltype(&::history_end) history_end;
-    decltype(&::history) history;
+#  define ICPHOST_FIELD(name) decltype(&::name) name;
+    ICPHOST_LIBEDIT_FUNCTIONS(ICPHOST_FIELD)
+#  undef ICPHOST_FIELD
 
     // Null when the library or one of its functions is missing. It stays
     // loaded: libedit keeps what EL_ADDFN gave it until the process ends.
     static const Libedit* open() {
-        static const Libedit* const lib = [] () -> const Libedit* {
+        static const Libedit* const lib = []() -> const Libedit* {
             void* handle = dlopen(ICPHOST_LIBEDIT_SONAME, RTLD_NOW | RTLD_LOCAL);
             if (handle == nullptr) return nullptr;
             static Libedit l;
             bool found = true;
-            const auto bind = [&](auto& fn, const char* name) {
-                fn = reinterpret_cast<std::remove_reference_t<decltype(fn)>>(dlsym(handle, name));
-                found = found && fn != nullptr;
-            };
-            bind(l.el_init, "el_init");
-            bind(l.el_end, "el_end");
-            bind(l.el_set, "el_set");
-            bind(l.el_get, "el_get");
-            bind(l.el_gets, "el_gets");
-            bind(l.el_line, "el_line");
-            bind(l.el_insertstr, "el_insertstr");
-            bind(l.el_deletestr, "el_deletestr");
-            bind(l.history_init, "history_init");
-            bind(l.history_end, "history_end");
-            bind(l.history, "history");
+#  define ICPHOST_BIND(name)                                               \
+    l.name = reinterpret_cast<decltype(&::name)>(dlsym(handle, #name)); \
+    found = found && l.name != nullptr;
+            ICPHOST_LIBEDIT_FUNCTIONS(ICPHOST_BIND)
+#  undef ICPHOST_BIND
             return found ? &l : nullptr;
         }();
         return lib;
