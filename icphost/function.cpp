@@ -1,8 +1,8 @@
 #include "icphost/function.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <string_view>
-#include <algorithm>
 #include <unordered_map>
 
 namespace icphost {
