@@ -66,7 +66,6 @@ TEST_F(pacsdkRig, LoadsPortsModulesAndInitialValues) {
       "usb": [{"model": "USB2019", "board": 1}],
       "serial": [
         {"port": "COM3", "modules": [
-          {"address": 16, "kind": "ai", "inputs": [1.25, -3]},
           {"address": 17, "kind": "dio", "inputs": 129, "power_on": 5, "safe": 2},
           {"address": 18, "kind": "ao", "power_on": [0, 7.5], "safe": [0, -2]}]},
         {"port": "COM1"}]})";
@@ -80,9 +79,6 @@ TEST_F(pacsdkRig, LoadsPortsModulesAndInitialValues) {
     EXPECT_EQ(pac_GetLastError(), PAC_OS_ERR_INVALID_HANDLE);
     PAC_HANDLE h = open("COM3,9600,N,8,1");
     open("COM1");
-    float v = 0;
-    ASSERT_EQ(pac_ReadAI(h, PAC_REMOTE_IO(16), 1, 8, &v), 1);
-    EXPECT_FLOAT_EQ(v, -3.0f);
     uint32_t word = 0;
     ASSERT_EQ(pac_ReadDI_MF(h, PAC_REMOTE_IO(17), 8, &word), 1);
     EXPECT_EQ(word, 129u);
