@@ -80,6 +80,9 @@ TEST_F(Serial, EachCallSaysOnTheLineWhatTheCommandSetSays) {
         {"ICPCOM_AO_WriteSafeValue", {2, 1, 4, 1}, yes, 0,
          {"dcon> $0261", "dcon< !02+00.000", "dcon> #021+01.000", "dcon< >", "dcon> ~0251", "dcon< !02",
           "dcon> #021+00.000", "dcon< >", "pac_WriteModuleSafeValueAO_MF(port#1, 4098, 1, 4, 1.0) -> 1"}},
+        {"ICPCOM_AO_WriteSafeValue", {2, 1, 4, -1}, no, out_of_range,
+         {"dcon> $0261", "dcon< !02+00.000", "dcon> #021+4294967296.000", "dcon< ?02", "dcon> #021+00.000", "dcon< >",
+          "pac_WriteModuleSafeValueAO_MF(port#1, 4098, 1, 4, 4294967296.0) -> 0"}},
         // The host watchdog. The configuration comes back as the Boolean of
         // its first element (here disabled, with a timeout).
         {"ICPCOM_GetWDTStatus", {3}, boolean(false), 0,

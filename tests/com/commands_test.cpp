@@ -15,7 +15,6 @@ TEST_F(Serial, SendCmdTakesOneToNineteenCharacters) {
         PAC_DWORD error;
     };
     const Case cases[] = {
-        {"$01M", {"$01M"}, str("!017017"), 0},
         {"~", {"~"}, nvValue(), PAC_ERR_UART_READ_TIMEOUT},
         {nineteen, {nineteen}, nvValue(), PAC_ERR_UART_READ_TIMEOUT},
         {std::string("$01M\0$02M", 9), {"$01M"}, str("!017017"), 0},

@@ -96,7 +96,6 @@ TEST_F(pacsdkRig, LoadsPortsModulesAndInitialValues) {
 TEST_F(pacsdkRig, BuildsInCode) {
     pacsim::reset();
     EXPECT_FALSE(pacsim::add_port("COM0"));
-    EXPECT_FALSE(pacsim::add_port("/dev/ttyS0"));
     EXPECT_TRUE(pacsim::add_port("COM7"));
     EXPECT_FALSE(pacsim::add_module("COM8", 1, "ai"));
     EXPECT_FALSE(pacsim::add_module("COM7", 256, "ai"));
