@@ -8,8 +8,8 @@ namespace {
 using pacsdkRig = SimTest;
 
 // A fault is told by its line, and the default rig stays. Text the JSON
-// parser alone would abort on, or spend memory and stack on level by level,
-// is refused the same way (a NUL byte: icphost's rig_nul test).
+// parser alone would abort on, stop early at, or spend memory and stack on
+// level by level is refused the same way.
 TEST_F(pacsdkRig, FaultsAreToldByLineAndChangeNothing) {
     // JSON written with ' for ", and a list of modules on COM1.
     const auto json = [](std::string text) {
@@ -40,6 +40,7 @@ TEST_F(pacsdkRig, FaultsAreToldByLineAndChangeNothing) {
         {modules("{'address': 7, 'kind': 'dio',\n'checksum': 'yes'}"), "line 3: \"checksum\" must be true or false"},
         {json("{'usb': [], 'x': 1e400}"), "line 1: number out of range: 1e400"},
         {json("{'serial': [],\n 'x': ") + deep + "}", "line 2: arrays and objects nested deeper than 256"},
+        {json("{'serial': [{'port':\n 'COM1") + std::string(1, '\0') + json("'}]}"), "line 2: a NUL byte in the text"},
         {json("{'serial': [{'port': '" + std::string(100000, 'C') + "\x01'}]}"),
          "line 1: syntax error while parsing value - invalid string: control character U+0001 (SOH) must be "
          "escaped to \\u0001; last read: '\"" + std::string(63, 'C') + "...'"},
