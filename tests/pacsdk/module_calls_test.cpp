@@ -20,7 +20,6 @@ TEST_F(pacsdkModuleCalls, RefusedBeforeSending) {
     };
     const Case cases[] = {
         {"channel -1", [&] { return pac_ReadAI(h, ai_slot, -1, 8, &v); }, PAC_ERR_IO_CHANNEL_OUT_OF_RANGE},
-        {"channel 0 of 0", [&] { return pac_ReadAI(h, ai_slot, 0, 0, &v); }, PAC_ERR_IO_CHANNEL_OUT_OF_RANGE},
         {"channel 16 of 20", [&] { return pac_WriteAO(h, ao_slot, 16, 20, 1.0f); }, PAC_ERR_IO_CHANNEL_OUT_OF_RANGE},
         {"DI total 0", [&] { return pac_ReadDI_MF(h, dio_slot, 0, &word); }, PAC_ERR_IO_CHANNEL_OUT_OF_RANGE},
         {"slot without the remote bit", [&] { return pac_ReadAI(h, 1, 0, 8, &v); }, PAC_ERR_INVALID_SLOT_NUMBER},

@@ -13,7 +13,6 @@
 constexpr int ai_slot = PAC_REMOTE_IO(1);
 constexpr int ao_slot = PAC_REMOTE_IO(2);
 constexpr int dio_slot = PAC_REMOTE_IO(3);
-constexpr int pwm_slot = PAC_REMOTE_IO(4);
 
 class SimTest : public ::testing::Test {
 protected:
