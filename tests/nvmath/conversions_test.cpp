@@ -99,8 +99,6 @@ TEST(NvValueHandles, OnlyThePointerConstructorCarriesAnAddress) {
         void* address;
     };
     const Case cases[] = {
-        {"handle", h, &device},
-        {"copy of a handle", nvValue(h), &device},
         {"element of a vector of handles", vector({h}).value(0), &device},
         {"null address", handle(nullptr), nullptr},
         {"nvInteger converted from a handle", vt::nvInteger(h), nullptr},

@@ -17,9 +17,7 @@ constexpr std::uint16_t k2019 = 0x413;
 TEST(UsbAnalogInput, ArgumentsReachTheSdkAtTheirWidth) {
     expect_sent("USB2019", {
         {body(icpusb_ai_settypecode), {integer(300), integer(260)}, "AI_SetTypeCode(#1, 44, 4) -> 65797"},
-        {body(icpusb_ai_setchcjcoffset), {integer(2), real(0.1)}, "AI_SetChCJCOffset(#1, 2, 0.10000000149011612) -> 0"},
         {body(icpusb_ai_setchenable), {word(0x1FFFF)}, "AI_SetChEnable(#1, [65535]) -> 0"},
-        {body(icpusb_ai_setcjcenable), {boolean(true)}, "AI_SetCJCEnable(#1, 1) -> 0"},
         {body(icpusb_ai_settypecodes), {ints({8, 8, 8, 8, 8, 8, 8, 260})}, "AI_SetTypeCodes(#1, [8, 8, 8, 8, 8, 8, 8, 4]) -> 0"},
         {body(icpusb_ai_setcjcoffset), {real(40.96)}, "AI_SetCJCOffset(#1, 40.959999084472656) -> 65797"},
         {body(icpusb_ai_setcjcoffset), {real(-40.97)}, "AI_SetCJCOffset(#1, -40.970001220703125) -> 65797"},

@@ -20,15 +20,12 @@ TEST(UsbAnalogOutput, ArgumentsReachTheSdkAtTheirWidth) {
         {body(icpusb_ao_writechannelvalueanalog), {integer(258), real(5.0)}, "AO_WriteChannelValueAnalog(#1, 2, 5.0) -> 65797"},
         {body(icpusb_ao_writechannelvalueanalog), {integer(-1), real(5.0)}, "AO_WriteChannelValueAnalog(#1, 255, 5.0) -> 65797"},
         {body(icpusb_ao_writechannelvalueanalog), {integer(257), real(0.1)}, "AO_WriteChannelValueAnalog(#1, 1, 0.10000000149011612) -> 0"},
-        {body(icpusb_ao_settypecode), {integer(256), integer(0x133)}, "AO_SetTypeCode(#1, 0, 51) -> 0"},
-        {body(icpusb_ao_writechannelvaluedigital), {integer(1), word(0xFFFFFFFF)}, "AO_WriteChannelValueDigital(#1, 1, 4294967295) -> 65797"},
         {body(icpusb_ao_setsafetychannelvaluedigital), {integer(1), real(4095.0)}, "AO_SetSafetyChannelValueDigital(#1, 1, 4095) -> 0"},
         {body(icpusb_ao_setchenable), {integer(0x1FFFF)}, "AO_SetChEnable(#1, [255, 255]) -> 0"},
         {body(icpusb_ao_setsafetyvalueanalog), {ints({1, 10})}, "AO_SetSafetyValueAnalog(#1, [1.0, 10.0]) -> 0"},
         // One word for every output: the whole vector's unsigned conversion.
         {body(icpusb_ao_writevaluedigital), {ints({100, 4095})}, "AO_WriteValueDigital(#1, [100, 100]) -> 0"},
         {body(icpusb_ao_setpoweronvaluedigital), {reals({100.0, 4095.9})}, "AO_SetPowerOnValueDigital(#1, [100, 4095]) -> 0"},
-        {body(icpusb_ao_settypecodes), {ints({0x132, 0x33})}, "AO_SetTypeCodes(#1, [50, 51]) -> 0"},
         {body(icpusb_ao_setpoweronenable), {ints({257, -256})}, "AO_SetPowerOnEnable(#1, [1, 0]) -> 0"},
     });
 }

@@ -11,7 +11,7 @@ nvValue eight(long long first, long long rest) { return ints({first, rest, rest,
 
 // Integers reach the SDK at their width with no range check of the plug-in's
 // own (the module refuses widths outside 1..32767 and channels beyond 7);
-// masks as two bytes, low byte first, bits 16 and up dropped.
+// masks as two bytes, low byte first.
 TEST(UsbPulse, ArgumentsReachTheSdkAtTheirWidth) {
     expect_sent("USB2084", {
         {body(icpusb_pi_setlpfilterwidth), {integer(0), integer(65536)}, "PI_SetLPFilterWidth(#1, 0, 0) -> 65797"},
@@ -22,13 +22,8 @@ TEST(UsbPulse, ArgumentsReachTheSdkAtTheirWidth) {
         {body(icpusb_pi_setlpfilterwidth), {integer(263), integer(1)}, "PI_SetLPFilterWidth(#1, 7, 1) -> 0"},
         {body(icpusb_pi_setlpfilterwidths), {eight(65537, 5)}, "PI_SetLPFilterWidths(#1, [1, 5, 5, 5, 5, 5, 5, 5]) -> 0"},
         {body(icpusb_pi_setlpfilterwidths), {eight(0, 5)}, "PI_SetLPFilterWidths(#1, [0, 5, 5, 5, 5, 5, 5, 5]) -> 65797"},
-        {body(icpusb_pi_settypecode), {integer(258), integer(0x151)}, "PI_SetTypeCode(#1, 2, 81) -> 0"},
-        {body(icpusb_pi_settypecodes), {eight(0x150, 0x150)}, "PI_SetTypeCodes(#1, [80, 80, 80, 80, 80, 80, 80, 80]) -> 0"},
         {body(icpusb_pi_settriggermode), {integer(8), integer(1)}, "PI_SetTriggerMode(#1, 8, 1) -> 65797"},
-        {body(icpusb_pi_settriggermodes), {eight(258, 258)}, "PI_SetTriggerModes(#1, [2, 2, 2, 2, 2, 2, 2, 2]) -> 0"},
-        {body(icpusb_pi_setchisolatedflag), {integer(3), boolean(true)}, "PI_SetChIsolatedFlag(#1, 3, 1) -> 0"},
         {body(icpusb_pi_setlpfilterenable), {integer(-1), boolean(false)}, "PI_SetLPFilterEnable(#1, 255, 0) -> 65797"},
-        {body(icpusb_pi_setchisolatedflags), {word(0xFFFF0181)}, "PI_SetChIsolatedFlags(#1, [129, 1]) -> 0"},
         {body(icpusb_pi_setlpfilterenables), {real(3.0)}, "PI_SetLPFilterEnables(#1, [3, 0]) -> 0"},
         {body(icpusb_pi_clearchcount), {integer(0x8000)}, "PI_ClearChCount(#1, [0, 128]) -> 0"},
         {body(icpusb_pi_clearsinglechstatus), {integer(8)}, "PI_ClearSingleChStatus(#1, 8) -> 65797"},

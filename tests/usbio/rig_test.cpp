@@ -36,7 +36,6 @@ TEST_F(usbioRig, ErrorsNameTheLineAndChangeNothing) {
         std::string text;
         const char* starts;
     } const cases[] = {
-        {"{\"usb\": [\n  {\"model\": \"USB2019\", \"board\": 1},\n  {\"model\": \"USB2019\" \"board\": 2}\n]}", "line 3: "},
         {"{\"usb\": [\n  {\"model\": \"USB2019\", \"board\": 1},\n  {\"board\": 2,\n   \"model\": \"USB2099\"}\n]}",
          "line 4: unknown model \"USB2099\""},
         {"{\"usb\": [\n\n  {\"model\": \"USB2019\",\n   \"board\": 256}]}", "line 4: "},
