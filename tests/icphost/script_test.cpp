@@ -131,6 +131,8 @@ TEST(Script, Calls) {
         {"ICPCOM Rec Cmd Go(1)", "", "t.icp:1: unknown function 'ICPCOM Rec Cmd Go' (did you mean 'ICPCOM Rec Cmd'?)\n"},
         {"ICPCOM  Rec Cmd Stop()", "",
          "t.icp:1: unknown function 'ICPCOM  Rec Cmd Stop' (did you mean 'ICPCOM Rec Cmd Stop'?)\n"},
+        {"icpcom rec cmd stop()", "",
+         "t.icp:1: unknown function 'icpcom rec cmd stop' (did you mean 'ICPCOM Rec Cmd Stop'?)\n"},
         {"Answer(1)", "", "t.icp:1: 'Answer' takes no arguments, 1 given\n"},
         {"Echo()", "", "t.icp:1: 'Echo' takes 1 argument, 0 given:\n"},
         {"Echo(1 # comment", "", "t.icp:1: expected ',' or ')' in the arguments of 'Echo', found end of line\n"},
