@@ -67,7 +67,7 @@ nvValue invoke(const ScriptFunction& function, std::span<const nvValue> args) {
     }
 }
 
-std::vector<Triple> find_triples(const std::vector<std::string>& exports) {
+std::vector<Triple> find_triples(std::span<const std::string_view> exports) {
     constexpr std::string_view name_suffix = "Name", description_suffix = "Description";
     std::unordered_map<std::string_view, std::size_t> position;
     position.reserve(exports.size());

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "NvMathLib.h"
@@ -50,6 +51,6 @@ struct Triple {
 
 // The names X of `exports` that come with both X + "Name" and
 // X + "Description", in the order of their bodies in `exports`.
-std::vector<Triple> find_triples(const std::vector<std::string>& exports);
+std::vector<Triple> find_triples(std::span<const std::string_view> exports);
 
 }  // namespace icphost

@@ -38,7 +38,8 @@ std::string last_error_text() {
 // The names of the module's export directory, in the order of its name
 // table. Forwarded exports (an RVA inside the directory) are not this
 // module's code and are left out.
-std::vector<std::string> pe_exports(HMODULE module) {
+// The names stay in the loaded image: the views live as long as the module.
+std::vector<std::string_view> pe_exports(HMODULE module) {
     const auto* base = reinterpret_cast<const unsigned char*>(module);
     const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
     if (dos->e_magic != IMAGE_DOS_SIGNATURE) throw LoadError("no DOS header");
@@ -52,7 +53,7 @@ std::vector<std::string> pe_exports(HMODULE module) {
     const auto* names = reinterpret_cast<const DWORD*>(base + dir->AddressOfNames);
     const auto* ordinals = reinterpret_cast<const WORD*>(base + dir->AddressOfNameOrdinals);
     const auto* functions = reinterpret_cast<const DWORD*>(base + dir->AddressOfFunctions);
-    std::vector<std::string> out;
+    std::vector<std::string_view> out;
     for (DWORD i = 0; i < dir->NumberOfNames; ++i) {
         if (ordinals[i] >= dir->NumberOfFunctions) continue;
         const DWORD rva = functions[ordinals[i]];
@@ -119,12 +120,12 @@ T entry(const std::vector<char>& table, std::uint64_t i) {
 }
 
 // The zero-terminated string at `offset` of a string table.
-std::string text_at(const std::vector<char>& table, std::uint64_t offset) {
+std::string_view text_at(const std::vector<char>& table, std::uint64_t offset) {
     if (offset >= table.size()) throw LoadError("truncated ELF file: symbol name out of range");
     const char* first = table.data() + offset;
     const char* end = static_cast<const char*>(std::memchr(first, '\0', table.size() - offset));
     if (end == nullptr) throw LoadError("unterminated symbol name in ELF file");
-    return std::string(first, end);
+    return std::string_view(first, static_cast<std::size_t>(end - first));
 }
 
 constexpr unsigned char native_class = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
@@ -140,11 +141,16 @@ constexpr unsigned char native_data =
 namespace {
 
 struct ElfExport {
-    std::string name;
-    std::uint64_t value;  // the address relative to the load base
+    std::string_view name;  // in `ElfExports::names`
+    std::uint64_t value;    // the address relative to the load base
 };
 
-std::vector<ElfExport> elf_exports(const std::filesystem::path& file) {
+struct ElfExports {
+    std::vector<char> names;  // the symbol names, read in one piece
+    std::vector<ElfExport> exports;
+};
+
+ElfExports elf_exports(const std::filesystem::path& file) {
     const File bytes(file);
 
     const auto header = bytes.at<ElfW(Ehdr)>(0, "ELF header");
@@ -171,8 +177,7 @@ std::vector<ElfExport> elf_exports(const std::filesystem::path& file) {
         const auto strtab = entry<ElfW(Shdr)>(table, symtab.sh_link);
         const std::uint64_t count = symtab.sh_size / sizeof(ElfW(Sym));
         const auto symbols = bytes.bytes(symtab.sh_offset, count * sizeof(ElfW(Sym)), "symbol table");
-        const auto names = bytes.bytes(strtab.sh_offset, strtab.sh_size, "symbol names");
-        std::vector<ElfExport> out;
+        ElfExports out{bytes.bytes(strtab.sh_offset, strtab.sh_size, "symbol names"), {}};
         // Entry 0 is the reserved undefined symbol.
         for (std::uint64_t i = 1; i < count; ++i) {
             const auto sym = entry<ElfW(Sym)>(symbols, i);
@@ -182,7 +187,7 @@ std::vector<ElfExport> elf_exports(const std::filesystem::path& file) {
             if (type != STT_FUNC || sym.st_shndx == SHN_UNDEF) continue;
             if (bind != STB_GLOBAL && bind != STB_WEAK) continue;
             if (visibility != STV_DEFAULT && visibility != STV_PROTECTED) continue;
-            out.push_back({text_at(names, sym.st_name), sym.st_value});
+            out.exports.push_back({text_at(out.names, sym.st_name), sym.st_value});
         }
         return out;
     }
@@ -193,7 +198,7 @@ std::vector<ElfExport> elf_exports(const std::filesystem::path& file) {
 
 std::vector<std::string> elf_exported_functions(const std::filesystem::path& file) {
     std::vector<std::string> out;
-    for (auto& e : elf_exports(file)) out.push_back(std::move(e.name));
+    for (const auto& e : elf_exports(file).exports) out.emplace_back(e.name);
     return out;
 }
 
@@ -219,8 +224,9 @@ Plugin::Plugin(const std::filesystem::path& file) : file_(std::filesystem::absol
     // The table gives every export's place: no look-up by name is needed.
     link_map* map = nullptr;
     const bool placed = dlinfo(handle_, RTLD_DI_LINKMAP, &map) == 0 && map != nullptr;
-    for (auto& e : table) {
-        exports_.push_back(std::move(e.name));
+    names_ = std::move(table.names);  // the views keep pointing into it
+    for (const auto& e : table.exports) {
+        exports_.push_back(e.name);
         if (placed)
             addresses_.push_back(reinterpret_cast<ScriptFunction::Entry>(map->l_addr + e.value));
     }
@@ -250,14 +256,14 @@ void Plugin::discover() {
     using Companion = ScriptFunction::Companion;
     // Placed exports are found in the table; otherwise by name in the library.
     const bool placed = addresses_.size() == exports_.size();
-    const auto address = [&](std::size_t i) { return placed ? addresses_[i] : symbol(exports_[i]); };
+    const auto address = [&](std::size_t i) { return placed ? addresses_[i] : symbol(std::string(exports_[i])); };
     const auto triples = find_triples(exports_);
     functions_.reserve(triples.size());  // the names in `taken` stay where they are
-    std::unordered_map<std::string_view, const std::string*> taken;  // script name -> export
+    std::unordered_map<std::string_view, std::string_view> taken;  // script name -> export
     for (const auto& t : triples) {
-        const std::string& x = exports_[t.body];
         ScriptFunction f;
-        f.export_name = x;
+        f.export_name = exports_[t.body];
+        const std::string& x = f.export_name;
         f.entry = address(t.body);
         const auto name_fn = reinterpret_cast<Companion>(address(t.name));
         f.describe = reinterpret_cast<Companion>(address(t.description));
@@ -277,11 +283,11 @@ void Plugin::discover() {
             continue;
         }
         if (const auto seen = taken.find(f.name); seen != taken.end()) {
-            problems_.push_back(x + ": script name '" + f.name + "' is already that of " + *seen->second);
+            problems_.push_back(x + ": script name '" + f.name + "' is already that of " + std::string(seen->second));
             continue;
         }
         functions_.push_back(std::move(f));
-        taken.emplace(functions_.back().name, &x);
+        taken.emplace(functions_.back().name, exports_[t.body]);
     }
 }
 

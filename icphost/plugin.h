@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "icphost/function.h"
@@ -27,7 +28,7 @@ public:
 
     const std::filesystem::path& file() const { return file_; }
     // Every exported function name, in export-table order.
-    const std::vector<std::string>& exports() const { return exports_; }
+    const std::vector<std::string_view>& exports() const { return exports_; }
     // The script functions, in the export-table order of their bodies.
     const std::vector<ScriptFunction>& functions() const { return functions_; }
     // Triples that could not be taken as script functions, one line each.
@@ -44,7 +45,8 @@ private:
 
     std::filesystem::path file_;
     void* handle_ = nullptr;
-    std::vector<std::string> exports_;
+    std::vector<char> names_;  // ELF: the symbol names the exports point into
+    std::vector<std::string_view> exports_;
     // Where each export lies once loaded, as its table says (ELF only).
     std::vector<ScriptFunction::Entry> addresses_;
     std::vector<ScriptFunction> functions_;

@@ -33,7 +33,8 @@ TEST(Discovery, TakesExportsThatHaveBothCompanionsInTableOrder) {
     };
     for (const auto& c : cases) {
         Names found;
-        for (const auto& t : icphost::find_triples(c.exports)) {
+        const std::vector<std::string_view> exports(c.exports.begin(), c.exports.end());
+        for (const auto& t : icphost::find_triples(exports)) {
             EXPECT_EQ(c.exports[t.name], c.exports[t.body] + "Name");
             EXPECT_EQ(c.exports[t.description], c.exports[t.body] + "Description");
             found.push_back(c.exports[t.body]);

@@ -34,7 +34,7 @@ TEST(Loader, ExportTableHoldsTheCatalogueAndNothingElse) {
         const std::string x = f->export_name;
         expected.insert({x, x + "Name", x + "Description"});
     }
-    const std::vector<std::string>& exports = plugin().exports();
+    const auto& exports = plugin().exports();
     const std::multiset<std::string> actual(exports.begin(), exports.end());
     EXPECT_EQ(actual, expected);
 }
