@@ -7,6 +7,8 @@
 #include <tuple>
 #include <utility>
 
+#include <icp_platform/names.h>
+
 namespace icphost {
 
 namespace {
@@ -105,37 +107,7 @@ bool contains(std::string_view text, std::string_view part) {
                        [](char a, char b) { return lower(a) == lower(b); }) != text.end();
 }
 
-// Lower case without blanks and underscores.
-std::string loose_key(std::string_view name) {
-    std::string key;
-    for (char c : name)
-        if (c != ' ' && c != '_') key += lower(c);
-    return key;
-}
-
-// Edits (insert, delete, replace, swap two neighbours) from a to b, or
-// limit + 1 when there are more than limit.
-std::size_t distance(std::string_view a, std::string_view b, std::size_t limit) {
-    const std::size_t gap = a.size() > b.size() ? a.size() - b.size() : b.size() - a.size();
-    if (gap > limit) return limit + 1;
-    std::vector<std::size_t> before(b.size() + 1), row(b.size() + 1), next(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        next[0] = i;
-        std::size_t best = next[0];
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t cost = a[i - 1] == b[j - 1] ? 0 : 1;
-            next[j] = std::min({row[j] + 1, next[j - 1] + 1, row[j - 1] + cost});
-            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
-                next[j] = std::min(next[j], before[j - 2] + 1);
-            best = std::min(best, next[j]);
-        }
-        if (best > limit) return limit + 1;
-        before.swap(row);
-        row.swap(next);
-    }
-    return std::min(row[b.size()], limit + 1);
-}
+using icp_platform::loose_key;
 
 std::string first_line(std::string_view text) { return std::string(text.substr(0, text.find('\n'))); }
 
@@ -230,20 +202,7 @@ bool matches(const ScriptFunction& f, std::string_view pattern) {
 }
 
 std::vector<std::string> nearest_names(std::span<const std::string> names, std::string_view name) {
-    const std::string key = loose_key(name);
-    const std::size_t limit = key.size() <= 2 ? 0 : key.size() <= 4 ? 1 : key.size() <= 8 ? 2 : 3;
-    std::vector<std::pair<std::size_t, std::string>> near;
-    for (const auto& candidate : names) {
-        const std::size_t d = distance(key, loose_key(candidate), limit);
-        if (d <= limit) near.emplace_back(d, candidate);
-    }
-    std::sort(near.begin(), near.end());
-    std::vector<std::string> out;
-    for (const auto& [d, candidate] : near) {
-        if (d != near.front().first || out.size() == 3) break;
-        if (std::find(out.begin(), out.end(), candidate) == out.end()) out.push_back(candidate);
-    }
-    return out;
+    return icp_platform::nearest_names(names, name);
 }
 
 std::vector<std::string> nearest_names(std::span<const ScriptFunction> functions, std::string_view name) {
@@ -258,15 +217,7 @@ std::vector<std::string> nearest_names(std::span<const ScriptFunction> functions
     return by_name;
 }
 
-std::string did_you_mean(const std::vector<std::string>& names) {
-    if (names.empty()) return "";
-    std::string out = " (did you mean ";
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        if (i > 0) out += i + 1 == names.size() ? " or " : ", ";
-        out += "'" + names[i] + "'";
-    }
-    return out + "?)";
-}
+std::string did_you_mean(const std::vector<std::string>& names) { return icp_platform::did_you_mean(names); }
 
 std::vector<std::string> parameter_lines(const ScriptFunction& f) {
     std::vector<std::string> lines;
