@@ -3,18 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#if defined(_WIN32)
-#  ifndef NOMINMAX
-#    define NOMINMAX
-#  endif
-#  ifndef WIN32_LEAN_AND_MEAN
-#    define WIN32_LEAN_AND_MEAN
-#  endif
-#  include <windows.h>
-#else
-#  include <dlfcn.h>
-#endif
-
 #include <icp_platform/names.h>
 
 #include "icp_control/directives.h"
@@ -44,26 +32,8 @@ void found(bool found, const std::string& name) {
     if (!found) throw Refused("the rig has no " + name);
 }
 
-namespace {
-
-// Whether the SDK stand-in `base` (loaded beside this code) exports `name`.
-bool exported(const char* base, const std::string& name) {
-#if defined(_WIN32)
-    HMODULE module = GetModuleHandleA((std::string(base) + ".dll").c_str());
-    return module != nullptr && GetProcAddress(module, name.c_str()) != nullptr;
-#else
-    void* handle = dlopen(("lib" + std::string(base) + ".so").c_str(), RTLD_LAZY | RTLD_NOLOAD);
-    if (handle == nullptr) return false;
-    const bool found = dlsym(handle, name.c_str()) != nullptr;
-    dlclose(handle);
-    return found;
-#endif
-}
-
-}  // namespace
-
-bool usb_function(const std::string& name) { return exported("ICPDAS_USBIO", name); }
-bool serial_function(const std::string& name) { return exported("PACSDK", name); }
+bool usb_function(const std::string& name) { return usbsim::has_function(name); }
+bool serial_function(const std::string& name) { return pacsim::has_function(name); }
 
 void advance_clocks(std::uint64_t ms) {
     for (std::uint64_t left = ms; left > 0;) {

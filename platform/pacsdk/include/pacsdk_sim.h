@@ -8,7 +8,11 @@
 #include <string>
 #include <vector>
 
-#if defined(_WIN32)
+#include <icp_platform/sdk_call.h>
+
+#if defined(PACSDK_STATIC)
+#  define PACSIM_API
+#elif defined(_WIN32)
 #  if defined(PACSDK_BUILD)
 #    define PACSIM_API __declspec(dllexport)
 #  else
@@ -22,8 +26,12 @@ namespace pacsim {
 
 // Called with every call-log line as it happens: "sdk: NAME(ARGS) -> RESULT",
 // "dcon> TEXT", "dcon< TEXT".
-using TraceFn = void (*)(const char* line, void* context);
+using TraceFn = icp_platform::TraceFn;
 PACSIM_API void set_trace(TraceFn fn, void* context);
+// Called with every SDK call as it returns (null: none).
+PACSIM_API void set_call_hook(icp_platform::CallHook fn, void* context);
+// Whether the SDK has a function of that exact name.
+PACSIM_API bool has_function(const std::string& name);
 
 // Closes every port, removes every module, clears the call log, sets the
 // clock to 0 and the calling thread's last error to 0. Handles are numbered
@@ -90,7 +98,9 @@ PACSIM_API bool corrupt_next_reply(const std::string& port, int address);
 PACSIM_API bool cut_next_reply(const std::string& port, int address, std::size_t keep_chars);
 // The next `count` calls of the SDK function `function` (its exact name, one
 // that returns a status, or uart_Open) fail with `code` as the last error and
-// no effect, after `skip` calls that go through. reset() disarms them.
+// no effect, after `skip` calls that go through. A count or a code of 0
+// disarms the function; a name the SDK does not have arms nothing. reset()
+// disarms them all.
 PACSIM_API void fail_next(const std::string& function, uint32_t code, unsigned count = 1, unsigned skip = 0);
 // Power off and on: outputs take their power-on values (the safe values when
 // the watchdog flag is set, which survives), PWM outputs stop and the PWM

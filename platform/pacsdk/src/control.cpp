@@ -45,6 +45,13 @@ void set_trace(TraceFn fn, void* context) {
     library().log.set_trace(fn, context);
 }
 
+void set_call_hook(icp_platform::CallHook fn, void* context) {
+    Lock lock(library().mutex);
+    library().log.set_hook(fn, context);
+}
+
+bool has_function(const std::string& name) { return library().log.has_function(name); }
+
 void reset() { replace_rig(std::make_unique<pacsdk::Rig>()); }
 
 void use_default_rig() { replace_rig(pacsdk::default_rig()); }
@@ -62,10 +69,7 @@ bool load_rig(const std::string& json_text, std::string* error) {
 
 void fail_next(const std::string& function, uint32_t code, unsigned count, unsigned skip) {
     Lock lock(library().mutex);
-    if (count == 0 || code == 0)
-        library().faults.erase(function);
-    else
-        library().faults[function] = pacsdk::Fault{code, count, skip};
+    library().log.arm(function, code, count, skip);
 }
 
 bool add_port(const std::string& port) {
@@ -222,7 +226,7 @@ std::vector<std::string> calls() {
 
 void clear_calls() {
     Lock lock(library().mutex);
-    library().log.clear();
+    library().log.clear_log();
 }
 
 }  // namespace pacsim

@@ -17,31 +17,6 @@ std::atomic<uintptr_t> next_token{first_token};
 
 }  // namespace
 
-void CallLog::set_trace(pacsim::TraceFn fn, void* context) {
-    trace_ = fn;
-    trace_context_ = context;
-}
-
-void CallLog::sdk(std::string call) {
-    if (trace_) trace("sdk: " + call);
-    keep(std::move(call));
-}
-
-void CallLog::add(std::string line) {
-    trace(line);
-    keep(std::move(line));
-}
-
-// A bounded window: a long session keeps its memory.
-void CallLog::keep(std::string line) {
-    if (lines_.size() >= 2 * window) lines_.erase(lines_.begin(), lines_.begin() + window);
-    lines_.push_back(std::move(line));
-}
-
-void CallLog::trace(const std::string& line) const {
-    if (trace_) trace_(line.c_str(), trace_context_);
-}
-
 Library::Library() : rig_(default_rig()) {}
 
 void Library::advance_us(uint64_t us) {
@@ -49,21 +24,7 @@ void Library::advance_us(uint64_t us) {
     rig_->advance(now_us_);
 }
 
-bool Library::take_fault(std::string_view name, uint32_t* code) {
-    auto it = faults.find(name);
-    if (it == faults.end()) return false;
-    Fault& f = it->second;
-    if (f.skip > 0) {
-        --f.skip;
-        return false;
-    }
-    *code = f.code;
-    if (--f.remaining == 0) faults.erase(it);
-    return true;
-}
-
 void Library::reset(std::unique_ptr<Rig> rig) {
-    faults.clear();
     sessions_.clear();
     next_number_ = 1;
     now_us_ = 0;

@@ -8,7 +8,10 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <span>
 #include <vector>
+
+#include <icp_platform/sdk_core.h>
 
 #include "PACSDK.h"
 #include "pacsdk_sim.h"
@@ -21,28 +24,17 @@ namespace pacsdk {
 // quote, \" for a double quote.
 std::string escaped(std::string_view text, bool quote = false);
 
-// The latest `window` lines at least, at most twice that.
-class CallLog {
+// The SDK's function names, those faults are armed for.
+std::span<const std::string_view> sdk_functions();
+
+// Armed faults, the call log and the trace (the stand-ins' shared core),
+// with the lines of the wire. Control characters and backslashes in a DCON
+// text come out escaped, so that a line always stays one line.
+class CallLog : public icp_platform::SdkCore {
 public:
-    static constexpr std::size_t window = 4096;
-
-    void set_trace(pacsim::TraceFn fn, void* context);
-    void sdk(std::string call);
-    // Control characters and backslashes in text come out escaped, so that a
-    // line always stays one line.
-    void sent(std::string_view text) { add("dcon> " + escaped(text)); }
-    void received(std::string_view text) { add("dcon< " + escaped(text)); }
-    const std::vector<std::string>& lines() const { return lines_; }
-    void clear() { lines_.clear(); }
-
-private:
-    void add(std::string line);
-    void keep(std::string line);
-    void trace(const std::string& line) const;
-
-    std::vector<std::string> lines_;
-    pacsim::TraceFn trace_ = nullptr;
-    void* trace_context_ = nullptr;
+    CallLog() : SdkCore(sdk_functions()) {}
+    void sent(std::string_view text) { line("dcon> " + escaped(text)); }
+    void received(std::string_view text) { line("dcon< " + escaped(text)); }
 };
 
 // A port opened by uart_Open. Kept after it closes so that its handle is
@@ -56,22 +48,14 @@ struct Session {
     Timeouts timeouts;
 };
 
-// An armed failure of one SDK function (pacsim::fail_next).
-struct Fault {
-    uint32_t code = 0;
-    unsigned remaining = 0;
-    unsigned skip = 0;  // calls that still go through first
-};
-
 class Library {
 public:
     Library();
 
     std::recursive_mutex mutex;
     CallLog log;
-    std::map<std::string, Fault, std::less<>> faults;
     // Whether the next call of `name` is to fail; its code in *code.
-    bool take_fault(std::string_view name, uint32_t* code);
+    bool take_fault(std::string_view name, uint32_t* code) { return log.take_fault(name, code); }
 
     Rig& rig() { return *rig_; }
     // The simulated clock, kept in microseconds so that short exchanges add

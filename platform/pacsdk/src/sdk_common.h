@@ -30,12 +30,13 @@ inline std::string arg_text(uint32_t v) { return std::to_string(v); }
 inline std::string arg_text(float v) { return icp_platform::shortest_real(v); }
 inline std::string arg_text(const char* s) { return quoted(s); }
 
+// "a, b, c" of a call's arguments.
 template <class... Args>
-std::string call_text(const char* name, const Args&... args) {
-    std::string out = std::string(name) + "(";
+std::string call_args(const Args&... args) {
+    std::string out;
     [[maybe_unused]] const char* separator = "";
     ((out += separator, out += arg_text(args), separator = ", "), ...);
-    return out + ")";
+    return out;
 }
 
 // Runs body (which returns 0 or an error code) under the library lock, sets
@@ -45,11 +46,11 @@ template <class Body, class... Args>
 PAC_BOOL status_call(const char* name, Body&& body, const Args&... args) {
     Library& lib = library();
     std::lock_guard lock(lib.mutex);
-    std::string call = call_text(name, args...);
+    const std::string call = call_args(args...);
     uint32_t error = 0;
     if (!lib.take_fault(name, &error)) error = body();
     if (error != 0) set_last_error(error);
-    lib.log.sdk(call + (error != 0 ? " -> 0" : " -> 1"));
+    lib.log.call(name, call, error != 0 ? "0" : "1");
     return error != 0 ? 0 : 1;
 }
 

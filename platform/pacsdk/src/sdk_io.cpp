@@ -289,7 +289,7 @@ PACSDK_API PAC_BOOL pac_WriteModuleSafeValueAO_MF(PAC_HANDLE port, int slot, int
 PACSDK_API PAC_BOOL pac_GetModuleWDTStatus(PAC_HANDLE port, int slot) {
     Library& lib = library();
     std::lock_guard lock(lib.mutex);
-    std::string call = call_text("pac_GetModuleWDTStatus", port, slot);
+    const std::string call = call_args(port, slot);
     bool timed_out = false;
     uint32_t error = 0;
     if (!lib.take_fault("pac_GetModuleWDTStatus", &error)) error = [&]() -> uint32_t {
@@ -303,7 +303,7 @@ PACSDK_API PAC_BOOL pac_GetModuleWDTStatus(PAC_HANDLE port, int slot) {
         return 0;
     }();
     if (error != 0) set_last_error(error);
-    lib.log.sdk(call + (timed_out ? " -> 1" : " -> 0"));
+    lib.log.call("pac_GetModuleWDTStatus", call, timed_out ? "1" : "0");
     return timed_out ? 1 : 0;
 }
 

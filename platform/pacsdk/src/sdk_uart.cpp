@@ -126,7 +126,7 @@ PACSDK_API PAC_HANDLE uart_Open(const char* connection) {
         error = PAC_ERR_UART_OPEN_FAILED;
     }
     if (error != 0) set_last_error(error, why);
-    lib.log.sdk(call_text("uart_Open", connection) + " -> " + lib.handle_text(handle));
+    lib.log.call("uart_Open", call_args(connection), lib.handle_text(handle));
     return handle;
 }
 
@@ -163,18 +163,18 @@ PACSDK_API PAC_BOOL uart_SendCmd(PAC_HANDLE port, const char* cmd, char* result)
 PACSDK_API void uart_EnableCheckSum(PAC_HANDLE port, PAC_BOOL enable) {
     Library& lib = library();
     std::lock_guard lock(lib.mutex);
-    std::string call = call_text("uart_EnableCheckSum", port, enable);
+    const std::string call = call_args(port, enable);
     if (Session* s = lib.open_session(port))
         s->checksum = enable != 0;
     else
         set_last_error(PAC_OS_ERR_INVALID_HANDLE);
-    lib.log.sdk(call);
+    lib.log.call("uart_EnableCheckSum", call, "");
 }
 
 PACSDK_API void uart_SetTimeOut(PAC_HANDLE port, PAC_DWORD msec, int cto_type) {
     Library& lib = library();
     std::lock_guard lock(lib.mutex);
-    std::string call = call_text("uart_SetTimeOut", port, msec, cto_type);
+    const std::string call = call_args(port, msec, cto_type);
     if (Session* s = lib.open_session(port)) {
         Timeouts& t = s->timeouts;
         if (cto_type == CTO_TIMEOUT_ALL) t.read_total = t.read_gap = t.write_total = msec;
@@ -184,21 +184,21 @@ PACSDK_API void uart_SetTimeOut(PAC_HANDLE port, PAC_DWORD msec, int cto_type) {
     } else {
         set_last_error(PAC_OS_ERR_INVALID_HANDLE);
     }
-    lib.log.sdk(call);
+    lib.log.call("uart_SetTimeOut", call, "");
 }
 
 PACSDK_API void pac_SetLastError(PAC_DWORD code) {
     Library& lib = library();
     std::lock_guard lock(lib.mutex);
     set_last_error(code);
-    lib.log.sdk(call_text("pac_SetLastError", code));
+    lib.log.call("pac_SetLastError", call_args(code), "");
 }
 
 PACSDK_API PAC_DWORD pac_GetLastError(void) {
     Library& lib = library();
     std::lock_guard lock(lib.mutex);
     uint32_t code = last_error();
-    lib.log.sdk(call_text("pac_GetLastError") + " -> " + std::to_string(code));
+    lib.log.call("pac_GetLastError", "", std::to_string(code));
     return code;
 }
 
@@ -212,7 +212,7 @@ PACSDK_API void pac_GetErrorMessage(PAC_DWORD code, char* message) {
         std::memcpy(message, text, n);
         message[n] = '\0';
     }
-    lib.log.sdk(call_text("pac_GetErrorMessage", code));
+    lib.log.call("pac_GetErrorMessage", call_args(code), "");
 }
 
 }  // extern "C"

@@ -9,7 +9,11 @@
 #include <string>
 #include <vector>
 
-#if defined(_WIN32)
+#include <icp_platform/sdk_call.h>
+
+#if defined(ICPDAS_USBIO_STATIC)
+#  define USBSIM_API
+#elif defined(_WIN32)
 #  if defined(ICPDAS_USBIO_BUILD)
 #    define USBSIM_API __declspec(dllexport)
 #  else
@@ -22,8 +26,12 @@
 namespace usbsim {
 
 // Called with every call-log line as it happens, "sdk: NAME(ARGS) -> RESULT".
-using TraceFn = void (*)(const char* line, void* context);
+using TraceFn = icp_platform::TraceFn;
 USBSIM_API void set_trace(TraceFn fn, void* context);
+// Called with every SDK call as it returns (null: none).
+USBSIM_API void set_call_hook(icp_platform::CallHook fn, void* context);
+// Whether the SDK has a function of that exact name.
+USBSIM_API bool has_function(const std::string& name);
 
 // Removes every module and instance, clears faults and the call log.
 USBSIM_API void reset();
@@ -245,7 +253,8 @@ USBSIM_API bool set_frequency(std::uint16_t type_code, std::uint8_t board, unsig
 
 // The next `count` calls of the SDK function `function` (its exact name)
 // return `code` without any effect, after `skip` calls that go through.
-// CreateInstance so failed returns null.
+// CreateInstance so failed returns null. A count or a code of 0 disarms the
+// function; a name the SDK does not have arms nothing.
 USBSIM_API void fail_next(const std::string& function, std::int32_t code, unsigned count = 1,
                           unsigned skip = 0);
 

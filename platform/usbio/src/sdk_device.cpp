@@ -40,7 +40,7 @@ USBIO_API int32_t ScanDevice(void) {
         for (const auto& m : s.modules)
             if (m->plugged) ++result;
     }
-    record("ScanDevice() -> " + fmt::num(result), held);
+    record("ScanDevice", "", fmt::num(result), held);
     return result;
 }
 
@@ -57,7 +57,7 @@ USBIO_API int32_t ListDevice(uint16_t typeCodes[128], uint8_t boardIds[128]) {
             ++result;
         }
     }
-    record("ListDevice() -> " + fmt::num(result), held);
+    record("ListDevice", "", fmt::num(result), held);
     return result;
 }
 
@@ -72,7 +72,7 @@ USBIO_API USBIO_HANDLE CreateInstance(void) {
         in = made.get();
         s.instances.push_back(std::move(made));
     }
-    record(std::string("CreateInstance() -> ") + (in ? fmt::instance(in, in) : "null"), held);
+    record("CreateInstance", "", in ? fmt::instance(in, in) : "null", held);
     return in;
 }
 
@@ -89,21 +89,21 @@ USBIO_API void DisposeInstance(USBIO_HANDLE h) {
     auto held = lock();
     Sim& s = sim();
     Instance* in = s.find(h);
-    std::string line = "DisposeInstance(" + fmt::instance(h, s.find(h, true)) + ")";
+    const std::string args = fmt::instance(h, s.find(h, true));
     std::int32_t code = 0;
     if (!s.take_fault("DisposeInstance", code) && in) {
         release(*in);
         in->disposed = true;
     }
-    record(line, held);
+    record("DisposeInstance", args, "", held);
 }
 
 USBIO_API int32_t OpenDevice(USBIO_HANDLE h, uint16_t typeCode, uint8_t boardId) {
     auto held = lock();
     Sim& s = sim();
     Instance* in = s.find(h);
-    std::string line = "OpenDevice(" + fmt::instance(h, s.find(h, true)) + ", " + fmt::num(typeCode) + ", " +
-                       fmt::num(boardId) + ")";
+    const std::string args =
+        fmt::instance(h, s.find(h, true)) + ", " + fmt::num(typeCode) + ", " + fmt::num(boardId);
     std::int32_t code = USBIO_OK;
     if (s.take_fault("OpenDevice", code)) {
     } else if (!in) {
@@ -127,7 +127,7 @@ USBIO_API int32_t OpenDevice(USBIO_HANDLE h, uint16_t typeCode, uint8_t boardId)
             m->wdt_expired = false;
         }
     }
-    record(line + " -> " + fmt::num(code), held);
+    record("OpenDevice", args, fmt::num(code), held);
     return code;
 }
 
@@ -135,7 +135,7 @@ USBIO_API int32_t CloseDevice(USBIO_HANDLE h) {
     auto held = lock();
     Sim& s = sim();
     Instance* in = s.find(h);
-    std::string line = "CloseDevice(" + fmt::instance(h, s.find(h, true)) + ")";
+    const std::string args = fmt::instance(h, s.find(h, true));
     std::int32_t code = USBIO_OK;
     if (s.take_fault("CloseDevice", code)) {
     } else if (!in) {
@@ -145,7 +145,7 @@ USBIO_API int32_t CloseDevice(USBIO_HANDLE h) {
     } else {
         release(*in);  // also while unplugged: the library lets go
     }
-    record(line + " -> " + fmt::num(code), held);
+    record("CloseDevice", args, fmt::num(code), held);
     return code;
 }
 

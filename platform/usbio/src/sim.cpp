@@ -144,8 +144,7 @@ void count_pi(Module& m, unsigned ch, std::int64_t pulses) {
 void Sim::clear() {
     modules.clear();
     instances.clear();
-    faults.clear();
-    log.clear();
+    core.clear();
     now = 0;
 }
 
@@ -185,15 +184,10 @@ Module* Sim::add(const Model& model, std::uint8_t board) {
     return modules.back().get();
 }
 
-bool Sim::take_fault(const std::string& name, std::int32_t& code) {
-    auto it = faults.find(name);
-    if (it == faults.end() || it->second.remaining == 0) return false;
-    if (it->second.skip > 0) {
-        --it->second.skip;
-        return false;
-    }
-    code = it->second.code;
-    if (--it->second.remaining == 0) faults.erase(it);
+bool Sim::take_fault(std::string_view name, std::int32_t& code) {
+    std::uint32_t armed = 0;
+    if (!core.take_fault(name, &armed)) return false;
+    code = static_cast<std::int32_t>(armed);
     return true;
 }
 
@@ -242,16 +236,11 @@ void build_default_rig(Sim& s) {
     }
 }
 
-void record(std::string line, std::unique_lock<std::mutex>& held) {
-    Sim& s = sim();
-    // A bounded window: a long session keeps its memory.
-    if (s.log.size() >= 2 * kLogWindow) s.log.erase(s.log.begin(), s.log.begin() + kLogWindow);
-    TraceFn fn = s.trace;
-    void* ctx = s.trace_context;
-    std::string traced = fn ? "sdk: " + line : std::string();
-    s.log.push_back(std::move(line));
+void record(std::string_view name, const std::string& args, const std::string& result,
+            std::unique_lock<std::mutex>& held) {
+    icp_platform::SdkCore& core = sim().core;
     held.unlock();
-    if (fn) fn(traced.c_str(), ctx);
+    core.call(name, args, result);
 }
 
 namespace fmt {
@@ -297,8 +286,17 @@ using detail::sim;
 
 void set_trace(TraceFn fn, void* context) {
     auto held = lock();
-    sim().trace = fn;
-    sim().trace_context = context;
+    sim().core.set_trace(fn, context);
+}
+
+void set_call_hook(icp_platform::CallHook fn, void* context) {
+    auto held = lock();
+    sim().core.set_hook(fn, context);
+}
+
+bool has_function(const std::string& name) {
+    const auto names = detail::sdk_functions();
+    return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 void reset() {
@@ -416,8 +414,7 @@ bool set_frequency(std::uint16_t type_code, std::uint8_t board, unsigned channel
 
 void fail_next(const std::string& function, std::int32_t code, unsigned count, unsigned skip) {
     auto held = lock();
-    if (count == 0) sim().faults.erase(function);
-    else sim().faults[function] = detail::Fault{code, count, skip};
+    sim().core.arm(function, static_cast<std::uint32_t>(code), count, skip);
 }
 
 void advance_ms(std::uint32_t ms) {
@@ -451,12 +448,12 @@ std::uint64_t now_ms() {
 
 std::vector<std::string> calls() {
     auto held = lock();
-    return sim().log;
+    return sim().core.lines();
 }
 
 void clear_calls() {
     auto held = lock();
-    sim().log.clear();
+    sim().core.clear_log();
 }
 
 }  // namespace usbsim

@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include <icp_platform/sdk_core.h>
+
 #include "ICPDAS_USBIO.h"
 #include "usbio_sim.h"
 
@@ -58,25 +60,16 @@ void drive_di(Module& m, std::uint32_t word);
 
 using Instance = ::usbio_instance;
 
-struct Fault {
-    std::int32_t code = 0;
-    unsigned remaining = 0;
-    unsigned skip = 0;  // calls that still go through first
-};
-
-// The call log keeps the latest lines only, so that memory stays flat
-// however many calls a session makes.
-inline constexpr std::size_t kLogWindow = 4096;
+// The SDK's function names, those faults are armed for.
+std::span<const std::string_view> sdk_functions();
 
 struct Sim {
     std::vector<std::unique_ptr<Module>> modules;
     // Instances live until reset(), so that the address of a disposed
     // instance is never handed out again and is recognised as stale.
     std::vector<std::unique_ptr<Instance>> instances;
-    std::map<std::string, Fault> faults;
-    std::vector<std::string> log;  // the latest kLogWindow lines at least, at most twice that
-    TraceFn trace = nullptr;
-    void* trace_context = nullptr;
+    // Armed faults, the call log, the trace.
+    icp_platform::SdkCore core{sdk_functions()};
     std::uint64_t now = 0;
 
     void clear();  // everything but the trace
@@ -85,7 +78,7 @@ struct Sim {
     Instance* find(const void* handle, bool disposed = false);
     Module* find_module(std::uint16_t type_code, std::uint8_t board);
     Module* add(const Model& model, std::uint8_t board);
-    bool take_fault(const std::string& name, std::int32_t& code);
+    bool take_fault(std::string_view name, std::int32_t& code);
 };
 
 // The one simulator, created with the default rig at first use. Every
@@ -94,9 +87,11 @@ std::unique_lock<std::mutex> lock();
 Sim& sim();
 void build_default_rig(Sim& s);
 
-// Appends a line to the log and passes it to the trace, after releasing the
-// lock (so a trace that prints may take its time).
-void record(std::string line, std::unique_lock<std::mutex>& held);
+// Releases the lock (so a trace that prints may take its time), then
+// reports the call to the log, the trace and the hook: "NAME(ARGS) -> RESULT",
+// or "NAME(ARGS)" for an empty result.
+void record(std::string_view name, const std::string& args, const std::string& result,
+            std::unique_lock<std::mutex>& held);
 
 // Argument text for the call log.
 namespace fmt {
@@ -139,8 +134,7 @@ std::int32_t device_call(const char* name, USBIO_HANDLE h, Group g, Args&& args,
     Sim& s = sim();
     Instance* in = s.find(h);
     Module* m = in ? in->module : nullptr;
-    std::string line =
-        std::string(name) + "(" + fmt::instance(h, s.find(h, true)) + args(static_cast<const Module*>(m)) + ")";
+    const std::string arguments = fmt::instance(h, s.find(h, true)) + args(static_cast<const Module*>(m));
     std::int32_t code = USBIO_OK;
     if (s.take_fault(name, code)) {
     } else if (!in) {
@@ -155,7 +149,7 @@ std::int32_t device_call(const char* name, USBIO_HANDLE h, Group g, Args&& args,
         if (g != Group::None && total(*m, g) == 0) code = USBIO_ERR_NOT_SUPPORTED;
         else code = body(*m);
     }
-    record(line + " -> " + fmt::num(code), held);
+    record(name, arguments, fmt::num(code), held);
     return code;
 }
 
