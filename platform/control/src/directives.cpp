@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <fstream>
+#include <functional>
 #include <sstream>
+#include <thread>
 
 #include <icp_platform/format.h>
 #include <icp_platform/names.h>
@@ -15,105 +18,137 @@ namespace icp_control {
 
 namespace {
 
+// Refuses a signal with other than n words.
+void wants(const Words& w, std::size_t n, const char* usage) {
+    if (w.size() != n) throw Refused("usage: :signal " + w[0] + " " + w[1] + " " + lower(w[2]) + " " + usage);
+}
+
 // ---- The actions ----------------------------------------------------------
 // Each takes the words after the name and returns what it did, for the trace.
 
-std::string time_action(Control&, const Words& w) {
+std::string time_action(Control& control, const Words& w) {
     const std::uint64_t ms = milliseconds(w[0], "a time such as +1500ms or +2s");
-    advance_clocks(ms);
+    control.advance(ms);
     return "time +" + std::to_string(ms) + " ms: " + clocks_text();
 }
 
-std::string plug_action(Control&, const Words& w) {
+std::string wait_action(Control&, const Words& w) {
+    const std::uint64_t ms = milliseconds(w[0], "a time such as 500ms or 2s");
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+    return "waited " + std::to_string(ms) + " ms";
+}
+
+std::string plug_action(Control& control, const Words& w) {
     const UsbModule m = usb_module(w[0], w[1]);
+    if (checked(control, m)) return {};
     found(usbsim::replug(m.type_code, m.board), m.name);
     return "plugged " + m.name;
 }
 
-std::string unplug_action(Control&, const Words& w) {
+std::string unplug_action(Control& control, const Words& w) {
     const UsbModule m = usb_module(w[0], w[1]);
+    if (checked(control, m)) return {};
     found(usbsim::unplug(m.type_code, m.board), m.name);
     return "unplugged " + m.name;
 }
 
-std::string silence_action(Control&, const Words& w) {
+std::string silence_action(Control& control, const Words& w) {
     const SerialModule m = serial_module(w[0], w[1]);
+    if (checked(control, m)) return {};
     found(pacsim::silence(m.port, m.address, true), m.name);
     return m.name + " silent";
 }
 
-std::string answer_action(Control&, const Words& w) {
+std::string answer_action(Control& control, const Words& w) {
     const SerialModule m = serial_module(w[0], w[1]);
+    if (checked(control, m)) return {};
     found(pacsim::silence(m.port, m.address, false), m.name);
     return m.name + " answers";
 }
 
-std::string fault_action(Control&, const Words& w) {
+std::string fault_action(Control& control, const Words& w) {
     const std::string& name = w[0];
     const auto count = static_cast<unsigned>(w.size() > 2 ? integer(w[2], "a count", 0, 1000000) : 1);
     const std::string times = count == 0 ? "disarmed" : "fail " + std::to_string(count) + " time(s)";
     if (usb_function(name)) {
         const auto code = integer(w[1], "an error code", INT32_MIN, UINT32_MAX);
+        if (control.checking()) return {};
         usbsim::fail_next(name, static_cast<std::int32_t>(static_cast<std::uint32_t>(code)), count);
         return "USB SDK " + name + ": " + times + " with " + w[1];
     }
     if (serial_function(name)) {
         const auto code = integer(w[1], "an error code", 0, UINT32_MAX);
+        if (control.checking()) return {};
         pacsim::fail_next(name, static_cast<std::uint32_t>(code), count);
         return "serial SDK " + name + ": " + times + " with " + w[1];
     }
     throw Refused("neither SDK has a function " + quoted(name) + " (the SDK's own names: OpenDevice, pac_ReadAI, ...)");
 }
 
-std::string signal_action(Control&, const Words& w) {
-    const std::string kind = lower(w[2]);
-    const auto wants = [&](std::size_t n, const char* usage) {
-        if (w.size() != n) throw Refused("usage: :signal " + w[0] + " " + w[1] + " " + kind + " " + usage);
-    };
-    const std::string done = ": " + kind + " " + w[3] + (w.size() > 4 ? " " + w[4] : "");
-    if (is_port(w[0])) {
-        const SerialModule m = serial_module(w[0], w[1]);
-        if (kind == "ai") {
-            wants(5, "CHANNEL VOLTS");
-            const auto channel = static_cast<int>(integer(w[3], "a channel", 0, 255));
-            found(pacsim::set_ai(m.port, m.address, channel, real(w[4], "volts")), m.name);
-        } else if (kind == "di") {
-            wants(4, "WORD");
-            const auto word = static_cast<std::uint32_t>(integer(w[3], "an input word", 0, 0xFF));
-            found(pacsim::set_di(m.port, m.address, word), m.name);
-        } else {
-            throw Refused("a serial module's signal is ai or di, not " + quoted(w[2]));
-        }
-        return m.name + done;
-    }
-    const UsbModule m = usb_module(w[0], w[1]);
-    const auto channel = [&] { return static_cast<unsigned>(integer(w[3], "a channel", 0, 31)); };
+// A serial module's input: ai CHANNEL VOLTS, di WORD.
+std::string serial_signal(Control& control, const Words& w, const std::string& kind) {
+    const SerialModule m = serial_module(w[0], w[1]);
     bool ok = false;
     if (kind == "ai") {
-        wants(5, "CHANNEL VALUE");
-        ok = usbsim::set_ai(m.type_code, m.board, channel(), real(w[4], "the value"));
-    } else if (kind == "open_wire") {
-        wants(5, "CHANNEL on|off");
-        ok = usbsim::set_ai_open_wire(m.type_code, m.board, channel(), on_off(w[4]));
-    } else if (kind == "cjc") {
-        wants(4, "CELSIUS");
-        ok = usbsim::set_cjc_temperature(m.type_code, m.board, real(w[3], "the temperature"));
+        wants(w, 5, "CHANNEL VOLTS");
+        const auto channel = static_cast<int>(integer(w[3], "a channel", 0, 255));
+        const double volts = real(w[4], "volts");
+        if (checked(control, m)) return {};
+        ok = pacsim::set_ai(m.port, m.address, channel, volts);
     } else if (kind == "di") {
-        wants(4, "WORD");
-        ok = usbsim::set_di(m.type_code, m.board, static_cast<std::uint32_t>(integer(w[3], "an input word", 0, UINT32_MAX)));
+        wants(w, 4, "WORD");
+        const auto word = static_cast<std::uint32_t>(integer(w[3], "an input word", 0, 0xFF));
+        if (checked(control, m)) return {};
+        ok = pacsim::set_di(m.port, m.address, word);
+    } else {
+        throw Refused("a serial module's signal is ai or di, not " + quoted(w[2]));
+    }
+    found(ok, m.name);
+    return m.name;
+}
+
+// A USB module's input: ai, open_wire, cjc, di, pulses, frequency.
+std::string usb_signal(Control& control, const Words& w, const std::string& kind) {
+    const UsbModule m = usb_module(w[0], w[1]);
+    const auto channel = [&] { return static_cast<unsigned>(integer(w[3], "a channel", 0, 31)); };
+    std::function<bool()> apply;
+    if (kind == "ai") {
+        wants(w, 5, "CHANNEL VALUE");
+        apply = [&m, ch = channel(), v = real(w[4], "the value")] { return usbsim::set_ai(m.type_code, m.board, ch, v); };
+    } else if (kind == "open_wire") {
+        wants(w, 5, "CHANNEL on|off");
+        apply = [&m, ch = channel(), on = on_off(w[4])] { return usbsim::set_ai_open_wire(m.type_code, m.board, ch, on); };
+    } else if (kind == "cjc") {
+        wants(w, 4, "CELSIUS");
+        apply = [&m, t = real(w[3], "the temperature")] { return usbsim::set_cjc_temperature(m.type_code, m.board, t); };
+    } else if (kind == "di") {
+        wants(w, 4, "WORD");
+        apply = [&m, word = static_cast<std::uint32_t>(integer(w[3], "an input word", 0, UINT32_MAX))] {
+            return usbsim::set_di(m.type_code, m.board, word);
+        };
     } else if (kind == "pulses") {
-        wants(5, "CHANNEL COUNT");
-        ok = usbsim::pulse(m.type_code, m.board, channel(), integer(w[4], "a pulse count", -1000000000, 1000000000));
+        wants(w, 5, "CHANNEL COUNT");
+        apply = [&m, ch = channel(), n = integer(w[4], "a pulse count", -1000000000, 1000000000)] {
+            return usbsim::pulse(m.type_code, m.board, ch, n);
+        };
     } else if (kind == "frequency") {
-        wants(5, "CHANNEL HZ");
+        wants(w, 5, "CHANNEL HZ");
         const double hz = real(w[4], "the frequency");
         if (hz < 0) throw Refused("a frequency of 0 Hz or more is wanted, not " + quoted(w[4]));
-        ok = usbsim::set_frequency(m.type_code, m.board, channel(), hz);
+        apply = [&m, ch = channel(), hz] { return usbsim::set_frequency(m.type_code, m.board, ch, hz); };
     } else {
         throw Refused("a USB module's signal is ai, open_wire, cjc, di, pulses or frequency, not " + quoted(w[2]));
     }
-    if (!ok) throw Refused("the rig has no " + m.name + " with that input");
-    return m.name + done;
+    if (checked(control, m)) return {};
+    if (!apply()) throw Refused("the rig has no " + m.name + " with that input");
+    return m.name;
+}
+
+std::string signal_action(Control& control, const Words& w) {
+    const std::string kind = lower(w[2]);
+    const std::string name = is_port(w[0]) ? serial_signal(control, w, kind) : usb_signal(control, w, kind);
+    if (name.empty()) return {};
+    return name + ": " + kind + " " + w[3] + (w.size() > 4 ? " " + w[4] : "");
 }
 
 std::string trace_action(Control& control, const Words& w) {
@@ -130,17 +165,19 @@ std::string rig_action(Control&, const Words& w) {
 // ---- The table ------------------------------------------------------------
 
 constexpr Directive table[] = {
-    {"time", "+1500ms | +2s", "the simulated clocks run on", 1, 1, true, time_action},
-    {"unplug", "MODEL BOARD", "a USB module is unplugged: its calls time out", 2, 2, true, unplug_action},
-    {"plug", "MODEL BOARD", "a USB module is plugged in again: it powers up", 2, 2, true, plug_action},
-    {"silence", "COMn ADDRESS", "a serial module stops answering", 2, 2, true, silence_action},
-    {"answer", "COMn ADDRESS", "a serial module answers again", 2, 2, true, answer_action},
-    {"fault", "SDK_FUNCTION CODE [COUNT]", "the next COUNT (1) calls of an SDK function fail with CODE", 2, 3, true,
-     fault_action},
+    {"time", "+1500ms | +2s", "the simulated clocks run on; the rig's events fire", 1, 1, Reach::standins,
+     time_action},
+    {"wait", "500ms | 2s", "waits in real time", 1, 1, Reach::host, wait_action},
+    {"unplug", "MODEL BOARD", "a USB module is unplugged: its calls time out", 2, 2, Reach::rig, unplug_action},
+    {"plug", "MODEL BOARD", "a USB module is plugged in again: it powers up", 2, 2, Reach::rig, plug_action},
+    {"silence", "COMn ADDRESS", "a serial module stops answering", 2, 2, Reach::rig, silence_action},
+    {"answer", "COMn ADDRESS", "a serial module answers again", 2, 2, Reach::rig, answer_action},
+    {"fault", "SDK_FUNCTION CODE [COUNT]", "the next COUNT (1) calls of an SDK function fail with CODE", 2, 3,
+     Reach::rig, fault_action},
     {"signal", "MODEL BOARD ai|open_wire|cjc|di|pulses|frequency ... | COMn ADDRESS ai|di ...",
-     "an input's signal", 3, 5, true, signal_action},
-    {"trace", "on|off", "every SDK call and DCON line as it happens", 1, 1, false, trace_action},
-    {"rig", "FILE", "another rig (JSON); handles opened before are stale", 1, 1, true, rig_action},
+     "an input's signal", 3, 5, Reach::rig, signal_action},
+    {"trace", "on|off", "every SDK call and DCON line as it happens", 1, 1, Reach::standins, trace_action},
+    {"rig", "FILE", "another rig (JSON); handles opened before are stale", 1, 1, Reach::standins, rig_action},
 };
 
 }  // namespace
@@ -260,7 +297,9 @@ void forward(const char* line, void* context) {
 
 Control::Control(Sink sink, void* context) : sink_(sink), context_(context) {}
 
-Control::~Control() { set_trace(false); }
+Control::~Control() {
+    if (trace_) set_trace(false);
+}
 
 void Control::set_trace(bool on) {
     trace_ = on;
@@ -273,6 +312,11 @@ void Control::say(std::string_view line) const {
 }
 
 void Control::run(std::string_view text) {
+    const std::string done = perform(text);
+    if (trace_ && !done.empty()) say("sim: " + done);
+}
+
+std::string Control::perform(std::string_view text) {
     const Words all = split_words(text);
     if (all.empty()) {
         std::string known;
@@ -286,13 +330,18 @@ void Control::run(std::string_view text) {
         throw Refused("unknown directive " + quoted(":" + all[0]) +
                       icp_platform::did_you_mean(icp_platform::nearest_names(known, ":" + lower(all[0]))));
     }
+    if (checking_ != nullptr && d->reach != Reach::rig) {
+        std::string events;
+        for (const auto& each : table)
+            if (each.reach == Reach::rig) events += (events.empty() ? ":" : ", :") + std::string(each.name);
+        throw Refused("a rig's event is one of " + events + ", not :" + std::string(d->name));
+    }
     const Words w(all.begin() + 1, all.end());
     if (w.size() < d->least || w.size() > d->most)
         throw Refused("usage: :" + std::string(d->name) + " " + std::string(d->arguments));
-    if (d->drives_standins && !unreachable_.empty())
+    if (d->reach != Reach::host && !unreachable_.empty())
         throw Refused(":" + std::string(d->name) + " " + unreachable_);
-    const std::string done = d->action(*this, w);
-    if (trace_ && !done.empty()) say("sim: " + done);
+    return d->action(*this, w);
 }
 
 // ---- Rigs -------------------------------------------------------------------
@@ -310,6 +359,7 @@ bool load_rig(const std::string& path, std::string* error) {
     if (path.empty()) {
         usbsim::use_default_rig();
         pacsim::use_default_rig();
+        set_timeline({});
         return true;
     }
     std::string text;
@@ -317,12 +367,18 @@ bool load_rig(const std::string& path, std::string* error) {
         *error = "cannot read the rig " + path;
         return false;
     }
+    return load_rig_text(path, text, error);
+}
+
+bool load_rig_text(const std::string& name, const std::string& text, std::string* error) {
     std::string fault;
-    if (!usbsim::check_rig(text, &fault) || !pacsim::check_rig(text, &fault) || !usbsim::load_rig(text, &fault) ||
-        !pacsim::load_rig(text, &fault)) {
-        *error = path + ": " + fault;
+    std::vector<Event> events;
+    if (!usbsim::check_rig(text, &fault) || !pacsim::check_rig(text, &fault) || !read_events(text, &events, &fault) ||
+        !usbsim::load_rig(text, &fault) || !pacsim::load_rig(text, &fault)) {
+        *error = name + ": " + fault;
         return false;
     }
+    set_timeline(std::move(events));
     return true;
 }
 

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "pacsdk_sim.h"
 #include "usbio_sim.h"
@@ -28,6 +31,28 @@ SerialModule serial_module(const std::string& port, const std::string& address);
 
 // Refuses with "the rig has no NAME" unless found.
 void found(bool found, const std::string& name);
+
+}  // namespace icp_control
+
+namespace icp_control {
+
+class Control;
+struct Event;
+
+// The modules a rig text holds, as directives name them: what a rig's events
+// are checked against before the rig loads.
+struct RigIndex {
+    std::set<std::pair<std::uint16_t, unsigned>> usb;  // type code, board ID
+    std::set<std::pair<std::string, int>> serial;      // port, DCON address
+};
+
+// While the control checks a rig's events: true, after refusing a module
+// the rig does not hold. Else false: the directive goes on.
+bool checked(const Control& control, const UsbModule& m);
+bool checked(const Control& control, const SerialModule& m);
+
+// The loaded rig's timeline starts again with these events.
+void set_timeline(std::vector<Event> events);
 
 // Whether the USB or the serial stand-in has an SDK function of that name.
 bool usb_function(const std::string& name);

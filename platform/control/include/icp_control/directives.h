@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <span>
 #include <stdexcept>
+#include <utility>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,17 +28,27 @@ struct Refused : std::runtime_error {
 
 using Words = std::vector<std::string>;
 class Control;
+struct RigIndex;
+
+// What a directive reaches.
+enum class Reach {
+    host,     // the program running it (:wait): works whatever plug-in is loaded
+    rig,      // a part of the rig (:unplug): also a rig's event
+    standins, // the stand-ins as a whole (:time, :rig, :trace): not an event
+};
 
 struct Directive {
     std::string_view name;       // without the ':'
     std::string_view arguments;  // as the usage shows them
     std::string_view help;       // one line: what it does
     std::size_t least, most;     // words after the name
-    // Whether it changes the stand-ins: such a directive cannot reach a
-    // simulator that lives inside another plug-in library.
-    bool drives_standins;
+    // Directives that reach the stand-ins cannot reach a simulator that
+    // lives inside another plug-in library.
+    Reach reach;
     // Does it, with the words after the name (their number checked), and
-    // returns what it did for the trace; throws Refused.
+    // returns what it did for the trace; throws Refused. While a rig's
+    // events are checked (control.checking()), a rig directive reads its
+    // words and checks them against the rig being loaded, changing nothing.
     std::string (*action)(Control& control, const Words& words);
 };
 
@@ -92,14 +103,28 @@ public:
     // tracing; throws Refused.
     void run(std::string_view text);
 
+    // Runs a directive and returns what it did (for the trace), printing
+    // nothing; throws Refused.
+    std::string perform(std::string_view text);
+
     // One line to the sink.
     void say(std::string_view line) const;
+
+    // The rig's clock runs on by `ms`: both stand-ins' clocks, and the rig's
+    // events fire at their times, in order. An event that fails does not
+    // stop the others: Refused names each that failed, once time has passed.
+    void advance(std::uint64_t ms);
+
+    // Checking a rig's events against the rig being loaded (null: not).
+    const RigIndex* checking() const { return checking_; }
+    void set_checking(const RigIndex* rig) { checking_ = rig; }
 
 private:
     Sink sink_;
     void* context_;
     bool trace_ = false;
     std::string unreachable_;
+    const RigIndex* checking_ = nullptr;
 };
 
 // ---- Rigs ---------------------------------------------------------------
@@ -108,8 +133,26 @@ private:
 bool read_file(const std::string& path, std::string* text);
 
 // Loads both stand-ins from a JSON rig file, or the built-in rig for an
-// empty path. Both check the whole text before either loads anything, so a
-// faulty rig leaves the rig as it was. On a fault: false and *error.
+// empty path, and the rig's timeline (its "events"). Everything is checked
+// before anything loads, so a faulty rig leaves the rig as it was. On a
+// fault: false and *error ("PATH: line N: ...").
 bool load_rig(const std::string& path, std::string* error);
+// The same from a rig's text; `name` leads its error.
+bool load_rig_text(const std::string& name, const std::string& text, std::string* error);
+
+// A rig's timeline: "events": [{"at": "2s", "do": ":unplug USB2019 1"}, ...],
+// a time from the rig's loading and a rig directive. Events at one time
+// fire in the order of the file.
+struct Event {
+    std::uint64_t at_ms;
+    std::string directive;  // after the ':'
+};
+// The events of a rig text, checked against the rig it describes (every
+// module named is in it); on a fault false and *error ("line N: ...").
+bool read_events(const std::string& text, std::vector<Event>* events, std::string* error);
+// The loaded rig's timeline: the events not fired yet, and the time since
+// the rig was loaded.
+std::vector<Event> pending_events();
+std::uint64_t rig_time_ms();
 
 }  // namespace icp_control
