@@ -252,6 +252,27 @@ ScriptFunction::Entry Plugin::symbol(const std::string& name) const {
 #endif
 }
 
+bool Plugin::shares(const char* library, const char* function) const {
+#if defined(_WIN32)
+    // The import table names the DLLs the library binds to.
+    (void)function;
+    const auto* base = static_cast<const unsigned char*>(handle_);
+    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+    const IMAGE_DATA_DIRECTORY& entry = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    if (entry.VirtualAddress == 0) return false;
+    const std::string wanted = std::string(library) + ".dll";
+    for (const auto* d = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + entry.VirtualAddress); d->Name != 0; ++d)
+        if (_stricmp(reinterpret_cast<const char*>(base + d->Name), wanted.c_str()) == 0) return true;
+    return false;
+#else
+    // The library's own look-up finds the function icphost binds to.
+    (void)library;
+    void* theirs = dlsym(handle_, function);
+    return theirs != nullptr && theirs == dlsym(RTLD_DEFAULT, function);
+#endif
+}
+
 void Plugin::discover() {
     using Companion = ScriptFunction::Companion;
     // Placed exports are found in the table; otherwise by name in the library.

@@ -40,6 +40,11 @@ public:
     // The address of an exported name; null when there is none.
     ScriptFunction::Entry symbol(const std::string& name) const;
 
+    // Whether the library calls `function` of the shared library `library`
+    // ("PACSDK") that icphost calls too: false for a library that carries an
+    // SDK of its own, or uses another one.
+    bool shares(const char* library, const char* function) const;
+
 private:
     void discover();
 

@@ -23,6 +23,9 @@ public:
     Simulation& operator=(const Simulation&) = delete;
 
     void set_trace(bool on) { control_.set_trace(on); }
+    // The loaded plug-in does not use icphost's stand-ins: the directives
+    // that change them are refused, saying so with `why`.
+    void set_unreachable(std::string why) { control_.set_unreachable(std::move(why)); }
     bool tracing() const { return control_.tracing(); }
 
     // Runs a directive, the text after its ':'. Prints nothing unless

@@ -6,7 +6,10 @@
 #   - the plug-in exports plain C names only (no @N, no leading underscore,
 #     no C++ mangling), nothing but definePluginTypes, math and the triples
 #     X, XName, XDescription;
-#   - given the native build's plug-in, the two export the same names.
+#   - given the native build's plug-in, the two export the same names;
+#   - the simulated plug-in (icpdas_plugin_sim.dll) exports the plug-in's
+#     names and imports, of the project's DLLs, only the host's value library
+#     (NvMathLib.dll): it carries the SDK stand-ins.
 #
 #   bash scripts/check-windows-binaries.sh build/windows [build/default/bin/libicpdas_plugin.so]
 set -euo pipefail
@@ -82,6 +85,20 @@ else
     fi
   fi
   echo "icpdas_plugin.dll exports ${#names[@]} names"
+fi
+
+sim="$bin/icpdas_plugin_sim.dll"
+if [[ ! -f "$sim" ]]; then
+  fail "no $sim"
+elif [[ -f "$plugin" ]]; then
+  if ! diff -u --label "$plugin" --label "$sim" <(exports_of "$plugin" | sort) <(exports_of "$sim" | sort); then
+    fail "icpdas_plugin_sim.dll exports other names than icpdas_plugin.dll"
+  fi
+  while read -r dll; do
+    lower=$(tr '[:upper:]' '[:lower:]' <<<"$dll")
+    if [[ -n "${own[$lower]:-}" && "$lower" != nvmathlib.dll ]]; then fail "icpdas_plugin_sim.dll imports $dll"; fi
+  done < <("$objdump" -p "$sim" | awk '/DLL Name:/ {print $3}')
+  echo "icpdas_plugin_sim.dll exports the plug-in's names and carries the SDK stand-ins"
 fi
 
 if [[ $failures -gt 0 ]]; then

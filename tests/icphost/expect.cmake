@@ -1,8 +1,10 @@
 # Runs PROGRAM with ARG1, ARG2, ... (no shell, no list splitting between) and
-# standard input STDIN_FILE (else empty); checks the exit status CODE and each
-# of STDOUT / STDERR: the whole output is TEXT and one newline ("" for none)
-# (-DSTDOUT=TEXT) or a file's text (-DSTDOUT_FILE=FILE). Line ends are
-# compared as "\n".
+# standard input STDIN_FILE (else empty), with the environment variables
+# ENV1, ENV2, ... (NAME=VALUE) set; checks the exit status CODE and each of
+# STDOUT / STDERR: the whole output is TEXT and one newline ("" for none)
+# (-DSTDOUT=TEXT) or a file's text (-DSTDOUT_FILE=FILE); and, given
+# WRITTEN=FILE, that the program left FILE (removed first) holding the text
+# of WRITTEN_EXPECTED. Line ends are compared as "\n".
 cmake_minimum_required(VERSION 3.25)
 
 set(args)
@@ -17,7 +19,17 @@ if(NOT DEFINED STDIN_FILE)
     set(STDIN_FILE NUL)
   endif()
 endif()
-execute_process(COMMAND ${EMULATOR} ${PROGRAM} ${args} INPUT_FILE "${STDIN_FILE}"
+set(environment)
+foreach(i RANGE 1 9)
+  if(DEFINED ENV${i})
+    list(APPEND environment "${ENV${i}}")
+  endif()
+endforeach()
+if(DEFINED WRITTEN)
+  file(REMOVE "${WRITTEN}")
+endif()
+execute_process(COMMAND ${CMAKE_COMMAND} -E env ${environment} ${EMULATOR} ${PROGRAM} ${args}
+  INPUT_FILE "${STDIN_FILE}"
   RESULT_VARIABLE code OUTPUT_VARIABLE STDOUT_got ERROR_VARIABLE STDERR_got)
 
 set(faults "")
@@ -41,6 +53,20 @@ foreach(stream IN ITEMS STDOUT STDERR)
     string(APPEND faults "${stream} differs; expected:\n${expected}--- got:\n${actual}---\n")
   endif()
 endforeach()
+
+if(DEFINED WRITTEN)
+  if(NOT EXISTS "${WRITTEN}")
+    string(APPEND faults "${WRITTEN} was not written\n")
+  else()
+    file(READ "${WRITTEN}" written)
+    file(READ "${WRITTEN_EXPECTED}" expected)
+    string(REPLACE "\r\n" "\n" written "${written}")
+    string(REPLACE "\r\n" "\n" expected "${expected}")
+    if(NOT "${written}" STREQUAL "${expected}")
+      string(APPEND faults "${WRITTEN} differs; expected:\n${expected}--- got:\n${written}---\n")
+    endif()
+  endif()
+endif()
 
 if(faults)
   list(JOIN args " " shown)

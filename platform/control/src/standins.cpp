@@ -14,7 +14,7 @@ UsbModule usb_module(const std::string& model, const std::string& board) {
     if (m == nullptr) {
         std::vector<std::string> ids;
         for (const auto& each : usbsim::models()) ids.emplace_back(each.id);
-        throw Refused("unknown USB model " + quoted(model) +
+        throw Refused("unknown USB model " + in_quotes(model) +
                       icp_platform::did_you_mean(icp_platform::nearest_names(ids, model)));
     }
     const auto id = static_cast<std::uint8_t>(integer(board, "a board ID", 0, 255));

@@ -93,14 +93,14 @@ bool read_events(const std::string& text, std::vector<Event>* events, std::strin
             return fail(path, form);
         Event event{};
         try {
-            event.at_ms = milliseconds(e["at"].get<std::string>(), "\"at\": a time such as \"2s\" or \"2500ms\"");
+            event.at_ms = duration_ms(e["at"].get<std::string>(), "\"at\": a time such as \"2s\" or \"2500ms\"");
         } catch (const Refused& r) {
             return fail(path + "/at", r.what());
         }
         const std::string line = e["do"].get<std::string>();
         const std::size_t colon = line.find_first_not_of(" \t");
         if (colon == std::string::npos || line[colon] != ':')
-            return fail(path + "/do", "\"do\": a directive starting with ':' is wanted, not " + icp_control::quoted(line));
+            return fail(path + "/do", "\"do\": a directive starting with ':' is wanted, not " + in_quotes(line));
         event.directive = line.substr(colon + 1);
         try {
             checker.perform(event.directive);

@@ -24,7 +24,9 @@
 
 #include "PACSDK_errors.h"
 
-#if defined(_WIN32)
+#if defined(PACSDK_STATIC)
+#  define PACSDK_API
+#elif defined(_WIN32)
 #  if defined(PACSDK_BUILD)
 #    define PACSDK_API __declspec(dllexport)
 #  else

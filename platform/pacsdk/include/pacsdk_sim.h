@@ -115,6 +115,10 @@ PACSIM_API bool power_cycle(const std::string& port, int address);
 // bursts end when their pulses are out.
 PACSIM_API void advance_ms(uint32_t ms);
 PACSIM_API uint64_t now_ms();
+// A real-time clock: advance_ms() is called as real time passes, so an
+// exchange adds no time of its own, and a command nobody answers really
+// waits for the port's read timeout (holding the library meanwhile).
+PACSIM_API void set_real_time(bool on);
 
 // ---- Serving the emulated modules to another program ----------------------
 

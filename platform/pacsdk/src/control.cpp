@@ -128,6 +128,11 @@ void advance_ms(uint32_t ms) {
     library().advance_us(uint64_t{ms} * 1000);
 }
 
+void set_real_time(bool on) {
+    Lock lock(library().mutex);
+    library().real_time = on;
+}
+
 uint64_t now_ms() {
     Lock lock(library().mutex);
     return library().now();

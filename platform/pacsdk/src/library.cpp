@@ -1,6 +1,8 @@
 #include "library.h"
 
 #include <atomic>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 #include "dcon_text.h"
@@ -22,6 +24,11 @@ Library::Library() : rig_(default_rig()) {}
 void Library::advance_us(uint64_t us) {
     now_us_ += us;
     rig_->advance(now_us_);
+}
+
+void Library::unanswered_ms(uint32_t ms) {
+    if (real_time) std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+    else advance_us(uint64_t{ms} * 1000);
 }
 
 void Library::reset(std::unique_ptr<Rig> rig) {
@@ -65,8 +72,10 @@ std::string Library::handle_text(PAC_HANDLE handle) const {
     return "0x" + digits;
 }
 
+// Never destroyed: a clock thread may still call in while the process
+// exits.
 Library& library() {
-    static Library instance;
+    static Library& instance = *new Library;
     return instance;
 }
 

@@ -63,6 +63,16 @@ public:
     uint64_t now() const { return now_us_ / 1000; }
     void advance_us(uint64_t us);
 
+    // On a real-time clock (pacsim::set_real_time) time on an emulated line
+    // is the clock's own: characters take no extra time, and a command
+    // nobody answers really waits for the port's timeout.
+    bool real_time = false;
+    // Time taken on an emulated line.
+    void line_time_us(uint64_t us) {
+        if (!real_time) advance_us(us);
+    }
+    void unanswered_ms(uint32_t ms);
+
     // Closes every port, forgets every handle, puts in the given rig and
     // sets the clock to 0.
     void reset(std::unique_ptr<Rig> rig);

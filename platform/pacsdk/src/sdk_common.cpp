@@ -73,7 +73,7 @@ uint32_t send_line(Session& session, const std::string& line) {
     Library& lib = library();
     lib.log.sent(line);
     // On an emulated line a module acts once the whole command has arrived.
-    if (session.port->simulated()) lib.advance_us(wire_us(session.line, line.size() + 1));
+    if (session.port->simulated()) lib.line_time_us(wire_us(session.line, line.size() + 1));
     session.port->discard_input();
     return session.port->write(line + "\r", session.timeouts.write_total) == Io::done
                ? 0
@@ -89,12 +89,13 @@ uint32_t exchange(Session& session, std::string_view command, std::string* reply
     std::string answer;
     uint32_t error = read_line(session, &answer);
     if (session.port->simulated()) {
-        // A silent module costs the read timeout, in simulated time only.
+        // A silent module costs the read timeout: in simulated time, or
+        // really on a real-time clock.
         Library& lib = library();
         if (error == PAC_ERR_UART_READ_TIMEOUT)
-            lib.advance_us(uint64_t{session.timeouts.read_total} * 1000);
+            lib.unanswered_ms(session.timeouts.read_total);
         else if (error == 0)
-            lib.advance_us(wire_us(session.line, answer.size() + 1));
+            lib.line_time_us(wire_us(session.line, answer.size() + 1));
     }
     if (error != 0) return error;
     library().log.received(answer);

@@ -21,7 +21,9 @@
 
 #include <stdint.h>
 
-#if defined(_WIN32)
+#if defined(ICPDAS_USBIO_STATIC)
+#  define USBIO_API
+#elif defined(_WIN32)
 #  if defined(ICPDAS_USBIO_BUILD)
 #    define USBIO_API __declspec(dllexport)
 #  else

@@ -193,14 +193,16 @@ bool Sim::take_fault(std::string_view name, std::int32_t& code) {
 
 namespace {
 std::mutex g_mutex;
-std::unique_ptr<Sim> g_sim;
+// Never destroyed: a clock thread may still call in while the process
+// exits.
+Sim* g_sim = nullptr;
 }  // namespace
 
 std::unique_lock<std::mutex> lock() { return std::unique_lock<std::mutex>(g_mutex); }
 
 Sim& sim() {
     if (!g_sim) {
-        g_sim = std::make_unique<Sim>();
+        g_sim = new Sim;
         build_default_rig(*g_sim);
     }
     return *g_sim;

@@ -65,7 +65,7 @@ std::string usage();
 // The blank-separated words of a line, up to a '#' that starts a word.
 Words split_words(std::string_view text);
 // 'TEXT', cut to a message's length.
-std::string quoted(std::string_view text);
+std::string in_quotes(std::string_view text);
 std::string upper(std::string_view text);
 std::string lower(std::string_view text);
 // A decimal or 0x hexadecimal integer, optionally negative, in [low, high];
@@ -76,7 +76,7 @@ double real(const std::string& word, const char* what);
 bool on_off(const std::string& word);
 // A span of time, "1500ms", "2s", "0.6s", with an optional leading '+', in
 // whole milliseconds up to a year.
-std::uint64_t milliseconds(const std::string& word, const char* wanted);
+std::uint64_t duration_ms(const std::string& word, const char* wanted);
 
 // ---- Running directives -------------------------------------------------
 
