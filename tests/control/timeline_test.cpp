@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -195,6 +196,35 @@ TEST(Directives, UnreachableStandinsAreNamed) {
         }
     }
     EXPECT_NO_THROW(control.run("wait 1ms"));
+}
+
+}  // namespace
+
+namespace {
+
+// A rig path that is no rig file is refused at once (a device is never
+// read: it may never end), and the rig stays.
+TEST(Rig, PathsThatAreNoRigFile) {
+    const auto folder = std::filesystem::temp_directory_path();
+    struct Case {
+        std::string path;
+        std::string error;
+    };
+    std::vector<Case> cases = {
+        {(folder / "icp_no_such.rig.json").string(), "cannot read the rig " + (folder / "icp_no_such.rig.json").string()},
+        {folder.string(), "cannot read the rig " + folder.string() + " (a directory)"},
+    };
+#if !defined(_WIN32)
+    cases.push_back({"/dev/zero", "cannot read the rig /dev/zero (not a file)"});
+#endif
+    for (const auto& c : cases) {
+        std::string error;
+        ASSERT_TRUE(icp_control::load_rig("", &error));
+        icp_control::Control(nullptr, nullptr).run("unplug USB2019 1");
+        EXPECT_FALSE(icp_control::load_rig(c.path, &error)) << c.path;
+        EXPECT_EQ(error, c.error);
+        EXPECT_FALSE(plugged(code_of("USB2019"), 1)) << c.path;
+    }
 }
 
 }  // namespace
