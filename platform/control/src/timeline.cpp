@@ -20,8 +20,10 @@ struct Timeline {
     std::uint64_t now = 0;  // ms since the rig loaded
 };
 
+// Never destroyed: the simulated library's clock thread may still fire
+// events while the process exits.
 Timeline& timeline() {
-    static Timeline instance;
+    static Timeline& instance = *new Timeline;
     return instance;
 }
 
