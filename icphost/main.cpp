@@ -187,9 +187,12 @@ int main(int argc, char** argv) {
     icphost::Simulation simulation(std::cout, trace);
     // A plug-in that carries its own simulator (icpdas_plugin_sim) is out of
     // the directives' reach.
-    if (!plugin->shares("ICPDAS_USBIO", "OpenDevice") && !plugin->shares("PACSDK", "uart_Open"))
-        simulation.set_unreachable("cannot reach the rig of " + plugin->file().filename().string() +
+    if (!plugin->shares("ICPDAS_USBIO", "OpenDevice") && !plugin->shares("PACSDK", "uart_Open")) {
+        const std::string name = plugin->file().filename().string();
+        simulation.set_unreachable("cannot reach the rig of " + name +
                                    ", which carries its own simulator (its rig's \"events\" can)");
+        if (trace) std::cerr << "icphost: warning: --trace cannot see inside " << name << "; ICPDAS_TRACE=FILE can\n";
+    }
     icphost::Interpreter interpreter(functions, std::cout, std::cerr);
     interpreter.set_directive_handler([&](std::string_view directive) { simulation.run(directive); });
     if (session) {
