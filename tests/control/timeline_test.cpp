@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "icp_control/directives.h"
+#include "icp_control/standalone.h"
 #include "pacsdk_sim.h"
 #include "usbio_sim.h"
 
@@ -225,6 +228,50 @@ TEST(Rig, PathsThatAreNoRigFile) {
         EXPECT_EQ(error, c.error);
         EXPECT_FALSE(plugged(code_of("USB2019"), 1)) << c.path;
     }
+}
+
+}  // namespace
+
+namespace {
+
+void set_env(const char* name, const char* value) {
+#if defined(_WIN32)
+    _putenv_s(name, value == nullptr ? "" : value);
+#else
+    if (value == nullptr) unsetenv(name);
+    else setenv(name, value, 1);
+#endif
+}
+
+// The simulated library's rig: ICPDAS_RIG, else the file beside the
+// library, else none (the built-in rig); the trace only from ICPDAS_TRACE.
+TEST(Standalone, SettingsFromTheEnvironment) {
+    const auto folder = std::filesystem::temp_directory_path() / "icp_standalone_settings";
+    std::filesystem::create_directories(folder);
+    const auto beside = folder / "icpdas_rig.json";
+    const struct {
+        const char* rig_env;
+        const char* trace_env;
+        bool file_beside;
+        std::string rig, trace;
+    } cases[] = {
+        {"mine.json", "t.log", true, "mine.json", "t.log"},
+        {nullptr, nullptr, true, beside.string(), ""},
+        {"", "", true, beside.string(), ""},
+        {nullptr, nullptr, false, "", ""},
+    };
+    for (const auto& c : cases) {
+        std::filesystem::remove(beside);
+        if (c.file_beside) std::ofstream(beside) << "{}";
+        set_env("ICPDAS_RIG", c.rig_env);
+        set_env("ICPDAS_TRACE", c.trace_env);
+        const auto s = icp_control::standalone_settings(folder);
+        EXPECT_EQ(s.rig, c.rig);
+        EXPECT_EQ(s.trace, c.trace);
+    }
+    set_env("ICPDAS_RIG", nullptr);
+    set_env("ICPDAS_TRACE", nullptr);
+    std::filesystem::remove_all(folder);
 }
 
 }  // namespace
