@@ -364,13 +364,14 @@ bool load_rig(const std::string& path, std::string* error) {
         return true;
     }
     // A directory or a device (which may never end) is not read.
+    namespace fs = std::filesystem;
     std::error_code ec;
-    const auto status = std::filesystem::status(path, ec);
-    std::string text;
-    if (std::filesystem::is_directory(status) || (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))) {
-        *error = "cannot read the rig " + path + (std::filesystem::is_directory(status) ? " (a directory)" : " (not a file)");
+    const fs::file_status status = fs::status(path, ec);
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        *error = "cannot read the rig " + path + (fs::is_directory(status) ? " (a directory)" : " (not a file)");
         return false;
     }
+    std::string text;
     if (!read_file(path, &text)) {
         *error = "cannot read the rig " + path;
         return false;
