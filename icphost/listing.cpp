@@ -1,4 +1,5 @@
 #include "icphost/listing.h"
+#include "icphost/text.h"
 
 #include <algorithm>
 #include <array>
@@ -81,8 +82,6 @@ constexpr auto titles = [] {
     for (std::size_t i = 0; i < t.size(); ++i) t[i] = groups[i].title;
     return t;
 }();
-
-char lower(char c) { return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c; }
 
 // '*' any run, '?' any one character; letter case is ignored.
 bool wildcard(std::string_view pattern, std::string_view text) {

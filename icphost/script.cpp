@@ -12,6 +12,7 @@
 #include <icp_platform/format.h>
 
 #include "icphost/listing.h"
+#include "icphost/text.h"
 
 namespace icphost {
 
@@ -73,15 +74,11 @@ struct Statement {
 constexpr int max_nesting = 256;
 const std::string nesting_limit = std::to_string(max_nesting);
 
-std::string quoted(std::string_view text) { return "'" + icp_platform::clip(text) + "'"; }
-
 [[noreturn]] void syntax(const std::string& message, std::size_t column) { throw Fault(message, column); }
 
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_hex(char c) { return is_digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
-bool is_name_start(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
-bool is_name_char(char c) { return is_name_start(c) || is_digit(c); }
 bool is_keyword(std::string_view s) { return s == "null" || s == "true" || s == "false"; }
 
 std::string plural(std::size_t n, const char* word) {

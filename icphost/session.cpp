@@ -15,16 +15,13 @@
 #include <icp_platform/format.h>
 
 #include "icphost/listing.h"
+#include "icphost/text.h"
 
 namespace icphost {
 
 namespace {
 
 constexpr const char* prompt_text = "icp> ";
-
-bool is_name_start(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
-
-char lower(char c) { return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c; }
 
 bool starts_with(std::string_view text, std::string_view start, bool ignore_case) {
     if (text.size() < start.size()) return false;
@@ -367,7 +364,7 @@ int run_session(std::span<const ScriptFunction> functions, Interpreter& interpre
                 print_help(out, *f);
                 out.flush();
             } else {
-                err << "error: unknown function '" << icp_platform::clip(rest) << "'"
+                err << "error: unknown function " << quoted(rest)
                     << did_you_mean(nearest_names(functions, rest)) << '\n' << std::flush;
             }
             continue;
@@ -376,7 +373,7 @@ int run_session(std::span<const ScriptFunction> functions, Interpreter& interpre
             std::vector<const ScriptFunction*> chosen;
             for (const auto* f : catalogue_order(functions))
                 if (matches(*f, rest)) chosen.push_back(f);
-            if (chosen.empty()) err << "error: no function matches '" << icp_platform::clip(rest) << "'\n" << std::flush;
+            if (chosen.empty()) err << "error: no function matches " << quoted(rest) << "\n" << std::flush;
             print_summary(out, chosen);
             out.flush();
             continue;
