@@ -2,9 +2,6 @@
 // and command line, so that a name means the same everywhere.
 #pragma once
 
-#include <string>
-#include <string_view>
-
 #include <icp_platform/format.h>
 
 namespace icphost {
@@ -14,10 +11,9 @@ namespace icphost {
 constexpr bool is_name_start(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 constexpr bool is_name_char(char c) { return is_name_start(c) || (c >= '0' && c <= '9'); }
 
-// ASCII case folding: names compare without letter case, other bytes as they are.
-constexpr char lower(char c) { return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c; }
-
-// A name, number or token quoted in an error: 'text', cut short when long.
-inline std::string quoted(std::string_view text) { return "'" + icp_platform::clip(text) + "'"; }
+// ASCII case folding, and a name, number or token quoted in an error ('text',
+// cut short when long): the same as the directives'.
+using icp_platform::lower;
+using icp_platform::quoted;
 
 }  // namespace icphost

@@ -83,7 +83,7 @@ std::string fault_action(Control& control, const Words& w) {
         pacsim::fail_next(name, static_cast<std::uint32_t>(code), count);
         return "serial SDK " + name + ": " + times + " with " + w[1];
     }
-    throw Refused("neither SDK has a function " + in_quotes(name) + " (the SDK's own names: OpenDevice, pac_ReadAI, ...)");
+    throw Refused("neither SDK has a function " + icp_platform::quoted(name) + " (the SDK's own names: OpenDevice, pac_ReadAI, ...)");
 }
 
 // A serial module's input: ai CHANNEL VOLTS, di WORD.
@@ -102,7 +102,7 @@ std::string serial_signal(Control& control, const Words& w, const std::string& k
         if (checked(control, m)) return {};
         ok = pacsim::set_di(m.port, m.address, word);
     } else {
-        throw Refused("a serial module's signal is ai or di, not " + in_quotes(w[2]));
+        throw Refused("a serial module's signal is ai or di, not " + icp_platform::quoted(w[2]));
     }
     found(ok, m.name);
     return m.name;
@@ -135,10 +135,10 @@ std::string usb_signal(Control& control, const Words& w, const std::string& kind
     } else if (kind == "frequency") {
         wants(w, 5, "CHANNEL HZ");
         const double hz = real(w[4], "the frequency");
-        if (hz < 0) throw Refused("a frequency of 0 Hz or more is wanted, not " + in_quotes(w[4]));
+        if (hz < 0) throw Refused("a frequency of 0 Hz or more is wanted, not " + icp_platform::quoted(w[4]));
         apply = [&m, ch = channel(), hz] { return usbsim::set_frequency(m.type_code, m.board, ch, hz); };
     } else {
-        throw Refused("a USB module's signal is ai, open_wire, cjc, di, pulses or frequency, not " + in_quotes(w[2]));
+        throw Refused("a USB module's signal is ai, open_wire, cjc, di, pulses or frequency, not " + icp_platform::quoted(w[2]));
     }
     if (checked(control, m)) return {};
     if (!apply()) throw Refused("the rig has no " + m.name + " with that input");
@@ -220,19 +220,17 @@ Words split_words(std::string_view text) {
     }
 }
 
-std::string in_quotes(std::string_view text) { return "'" + icp_platform::clip(text) + "'"; }
-
 std::string upper(std::string_view text) {
     std::string out(text);
     for (char& c : out)
-        if (c >= 'a' && c <= 'z') c = char(c - 'a' + 'A');
+        c = icp_platform::upper(c);
     return out;
 }
 
 std::string lower(std::string_view text) {
     std::string out(text);
     for (char& c : out)
-        if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
+        c = icp_platform::lower(c);
     return out;
 }
 
@@ -250,14 +248,14 @@ std::int64_t integer(const std::string& word, const char* what, std::int64_t low
         if (value >= low && value <= high) return value;
     }
     throw Refused(std::string(what) + " from " + std::to_string(low) + " to " + std::to_string(high) +
-                  " is wanted, not " + in_quotes(word));
+                  " is wanted, not " + icp_platform::quoted(word));
 }
 
 double real(const std::string& word, const char* what) {
     double value = 0;
     const auto r = std::from_chars(word.data(), word.data() + word.size(), value);
     if (r.ec != std::errc() || r.ptr != word.data() + word.size() || !std::isfinite(value))
-        throw Refused(std::string(what) + " is wanted as a number, not " + in_quotes(word));
+        throw Refused(std::string(what) + " is wanted as a number, not " + icp_platform::quoted(word));
     return value;
 }
 
@@ -265,7 +263,7 @@ bool on_off(const std::string& word) {
     const std::string w = lower(word);
     if (w == "on") return true;
     if (w == "off") return false;
-    throw Refused("'on' or 'off' is wanted, not " + in_quotes(word));
+    throw Refused("'on' or 'off' is wanted, not " + icp_platform::quoted(word));
 }
 
 std::uint64_t duration_ms(const std::string& word, const char* wanted) {
@@ -280,7 +278,7 @@ std::uint64_t duration_ms(const std::string& word, const char* wanted) {
     const double ms = amount * scale;
     if (text.empty() || r.ec != std::errc() || r.ptr != text.data() + text.size() || !(ms >= 0) ||
         ms > 31536e6 || ms != std::floor(ms))
-        throw Refused(std::string(wanted) + " is wanted, not " + in_quotes(word));
+        throw Refused(std::string(wanted) + " is wanted, not " + icp_platform::quoted(word));
     return static_cast<std::uint64_t>(ms);
 }
 
@@ -328,7 +326,7 @@ std::string Control::perform(std::string_view text) {
     if (d == nullptr) {
         std::vector<std::string> known;
         for (const auto& each : table) known.push_back(":" + std::string(each.name));
-        throw Refused("unknown directive " + in_quotes(":" + all[0]) +
+        throw Refused("unknown directive " + icp_platform::quoted(":" + all[0]) +
                       icp_platform::did_you_mean(icp_platform::nearest_names(known, ":" + lower(all[0]))));
     }
     if (checking_ != nullptr && d->reach != Reach::rig) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include <icp_platform/format.h>
 #include <icp_platform/names.h>
 
 #include "icp_control/directives.h"
@@ -14,7 +15,7 @@ UsbModule usb_module(const std::string& model, const std::string& board) {
     if (m == nullptr) {
         std::vector<std::string> ids;
         for (const auto& each : usbsim::models()) ids.emplace_back(each.id);
-        throw Refused("unknown USB model " + in_quotes(model) +
+        throw Refused("unknown USB model " + icp_platform::quoted(model) +
                       icp_platform::did_you_mean(icp_platform::nearest_names(ids, model)));
     }
     const auto id = static_cast<std::uint8_t>(integer(board, "a board ID", 0, 255));

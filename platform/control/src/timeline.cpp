@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <mutex>
 
+#include <icp_platform/format.h>
 #include <icp_platform/rig_json.h>
 #include <nlohmann/json.hpp>
 
@@ -102,7 +103,7 @@ bool read_events(const std::string& text, std::vector<Event>* events, std::strin
         const std::string line = e["do"].get<std::string>();
         const std::size_t colon = line.find_first_not_of(" \t");
         if (colon == std::string::npos || line[colon] != ':')
-            return fail(path + "/do", "\"do\": a directive starting with ':' is wanted, not " + in_quotes(line));
+            return fail(path + "/do", "\"do\": a directive starting with ':' is wanted, not " + icp_platform::quoted(line));
         event.directive = line.substr(colon + 1);
         try {
             checker.perform(event.directive);

@@ -21,6 +21,11 @@ inline std::string shortest_real(double x) {
     return s;
 }
 
+// ASCII case folding, the same in every locale: names of functions,
+// directives and signals compare without letter case.
+constexpr char lower(char c) { return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c; }
+constexpr char upper(char c) { return (c >= 'a' && c <= 'z') ? char(c - 'a' + 'A') : c; }
+
 // User text quoted in messages (names, tokens) is cut to this many bytes.
 inline constexpr std::size_t max_quoted = 64;
 
@@ -38,5 +43,8 @@ inline std::string clip(std::string_view text) {
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
     return cut < text.size() ? out + "..." : out;
 }
+
+// `text` clipped and in single quotes, as messages quote a name or a token.
+inline std::string quoted(std::string_view text) { return "'" + clip(text) + "'"; }
 
 }  // namespace icp_platform

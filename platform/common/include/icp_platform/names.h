@@ -9,13 +9,15 @@
 #include <utility>
 #include <vector>
 
+#include "icp_platform/format.h"
+
 namespace icp_platform {
 
 // Lower case without blanks and underscores.
 inline std::string loose_key(std::string_view name) {
     std::string key;
     for (char c : name)
-        if (c != ' ' && c != '_') key += (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c;
+        if (c != ' ' && c != '_') key += lower(c);
     return key;
 }
 

@@ -64,8 +64,6 @@ std::string usage();
 
 // The blank-separated words of a line, up to a '#' that starts a word.
 Words split_words(std::string_view text);
-// 'TEXT', cut to a message's length.
-std::string in_quotes(std::string_view text);
 std::string upper(std::string_view text);
 std::string lower(std::string_view text);
 // A decimal or 0x hexadecimal integer, optionally negative, in [low, high];
