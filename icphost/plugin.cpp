@@ -8,7 +8,7 @@
 #include <utility>
 
 #if defined(_WIN32)
-#  include <windows.h>
+#  include <icp_platform/module_file.h>
 #else
 #  include <dlfcn.h>
 #  include <elf.h>
@@ -326,17 +326,8 @@ void Plugin::describe_all() {
 
 std::filesystem::path executable_directory() {
 #if defined(_WIN32)
-    std::wstring buffer(MAX_PATH, L'\0');
-    for (;;) {
-        const DWORD n = GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
-        if (n == 0) return std::filesystem::current_path();
-        if (n < buffer.size()) {
-            buffer.resize(n);
-            break;
-        }
-        buffer.resize(buffer.size() * 2);
-    }
-    return std::filesystem::path(buffer).parent_path();
+    const auto self = icp_platform::module_file(nullptr);
+    return self.empty() ? std::filesystem::current_path() : self.parent_path();
 #else
     std::error_code error;
     const auto self = std::filesystem::read_symlink("/proc/self/exe", error);

@@ -18,6 +18,8 @@
 #  include <dlfcn.h>
 #endif
 
+#include <icp_platform/module_file.h>
+
 #include "icp_control/directives.h"
 #include "standins.h"
 
@@ -113,17 +115,7 @@ std::filesystem::path this_library_folder() {
     if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
                             reinterpret_cast<LPCWSTR>(&this_library_folder), &self))
         return {};
-    std::wstring name(MAX_PATH, L'\0');
-    for (;;) {
-        const DWORD n = GetModuleFileNameW(self, name.data(), static_cast<DWORD>(name.size()));
-        if (n == 0) return {};
-        if (n < name.size()) {
-            name.resize(n);
-            break;
-        }
-        name.resize(name.size() * 2);
-    }
-    return std::filesystem::path(name).parent_path();
+    return icp_platform::module_file(self).parent_path();
 #else
     Dl_info info{};
     if (dladdr(reinterpret_cast<void*>(&this_library_folder), &info) == 0 || info.dli_fname == nullptr) return {};
